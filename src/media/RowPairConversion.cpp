@@ -1,0 +1,49 @@
+#include "media/RowPairConversion.h"
+
+namespace vesk::media {
+namespace {
+
+struct Pixel {
+  int blue = 0;
+  int green = 0;
+  int red = 0;
+};
+
+Pixel pixelAt(const std::uint8_t* row, int x) {
+  return {row[4 * x], row[4 * x + 1], row[4 * x + 2]};
+}
+
+Pixel operator+(const Pixel& a, const Pixel& b) {
+  return {a.blue + b.blue, a.green + b.green, a.red + b.red};
+}
+
+std::uint8_t luma(const Pixel& pixel) {
+  using namespace bt709;
+  return static_cast<std::uint8_t>(
+      (kLumaBlue * pixel.blue + kLumaGreen * pixel.green + kLumaRed * pixel.red + kLumaOffset) >>
+      kShift);
+}
+
+}  // namespace
+
+void convertRowPair(const RowPair& rows, int first, int last) noexcept {
+  using namespace bt709;
+  for (int x = first; x < last; x += 2) {
+    const Pixel topLeft = pixelAt(rows.top, x);
+    const Pixel topRight = pixelAt(rows.top, x + 1);
+    const Pixel bottomLeft = pixelAt(rows.bottom, x);
+    const Pixel bottomRight = pixelAt(rows.bottom, x + 1);
+    rows.lumaTop[x] = luma(topLeft);
+    rows.lumaTop[x + 1] = luma(topRight);
+    rows.lumaBottom[x] = luma(bottomLeft);
+    rows.lumaBottom[x + 1] = luma(bottomRight);
+
+    const Pixel sum = topLeft + topRight + bottomLeft + bottomRight;
+    const int cb = kCbBlue * sum.blue + kCbGreen * sum.green + kCbRed * sum.red + kChromaOffset;
+    const int cr = kCrBlue * sum.blue + kCrGreen * sum.green + kCrRed * sum.red + kChromaOffset;
+    rows.cb[x / 2] = static_cast<std::uint8_t>(cb >> kChromaShift);
+    rows.cr[x / 2] = static_cast<std::uint8_t>(cr >> kChromaShift);
+  }
+}
+
+}  // namespace vesk::media

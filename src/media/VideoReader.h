@@ -1,0 +1,52 @@
+#pragma once
+
+#include <expected>
+#include <filesystem>
+#include <memory>
+#include <optional>
+
+#include "media/MediaError.h"
+#include "media/VideoFrame.h"
+
+namespace vesk::media {
+
+/// What a movie says of its first video track.
+struct VideoInfo {
+  int width = 0;
+  int height = 0;
+  double frameRate = 0;  ///< mean frames per second, 0 when unknown
+  double duration = 0;   ///< of the movie in seconds, 0 when unknown
+  /// The file ends inside one of its own boxes: it was cut, or its writer died. What is there can
+  /// still be read; after its last picture next() fails.
+  bool truncated = false;
+  bool operator==(const VideoInfo&) const = default;
+};
+
+/// Decodes the first video track of a QuickTime or MP4 file (fragmented ones included) from its
+/// first picture to its last. Reads that one local file and nothing that it refers to. To be used
+/// by one thread at a time.
+class VideoReader {
+ public:
+  /// `threads` that decode, 0 for one per processor.
+  [[nodiscard]] static std::expected<VideoReader, MediaError> open(
+      const std::filesystem::path& file, int threads = 0);
+
+  VideoReader(VideoReader&&) noexcept;
+  VideoReader& operator=(VideoReader&&) noexcept;
+  ~VideoReader();
+
+  [[nodiscard]] const VideoInfo& info() const noexcept;
+
+  /// The next picture in order of presentation, at the size of info(); nothing after the last one.
+  /// `pts` never decreases. Damaged pictures in between are left out. A file that ends early or
+  /// cannot be read on fails after the last picture that could be decoded, as does one of whose
+  /// pictures none could be; end and failure repeat when asked again.
+  [[nodiscard]] std::expected<std::optional<VideoFrame>, MediaError> next();
+
+ private:
+  class Decoding;
+  explicit VideoReader(std::unique_ptr<Decoding> decoding);
+  std::unique_ptr<Decoding> decoding_;
+};
+
+}  // namespace vesk::media
