@@ -1,0 +1,214 @@
+#include "compositor/PreviewRenderer.h"
+
+#include <algorithm>
+#include <span>
+#include <string_view>
+#include <utility>
+
+#include "compositor/CursorImage.h"
+#include "compositor/RippleOverlay.h"
+#include "package/Log.h"
+#include "vesk_compositor_shaders.h"
+
+namespace vesk::compositor {
+namespace {
+
+using gpu::Pipeline;
+
+// The grey of the stage around the picture.
+constexpr glm::vec4 previewClearColor{0.078F, 0.078F, 0.078F, 1.0F};
+constexpr double previewStep = 1.0 / 60;
+
+}  // namespace
+
+std::expected<PreviewRenderer::Pipelines, gpu::GpuError> PreviewRenderer::buildPipelines() {
+  std::optional<gpu::GpuError> failure;
+  const auto build = [&](std::string_view vertex, std::string_view fragment,
+                         Pipeline::Blending blending) -> std::optional<Pipeline> {
+    auto pipeline = Pipeline::create(vertex, fragment, blending);
+    if (pipeline) return std::move(*pipeline);
+    failure = pipeline.error();
+    return std::nullopt;
+  };
+  constexpr auto over = Pipeline::Blending::over;
+  auto backdrop =
+      build(shaders::backdropVertex, shaders::backdropFragment, Pipeline::Blending::off);
+  auto frame = build(shaders::frameVertex, shaders::frameFragment, over);
+  auto frameMinified = build(shaders::frameVertex, shaders::frameMinifiedFragment, over);
+  auto frameBlurred = build(shaders::frameVertex, shaders::frameBlurredFragment, over);
+  auto ripple = build(shaders::rippleVertex, shaders::rippleFragment, over);
+  auto cursor = build(shaders::cursorVertex, shaders::cursorFragment, over);
+  auto pip = build(shaders::pipVertex, shaders::pipFragment, over);
+  if (failure) {
+    package::log(package::LogCategory::render)
+        .error("创建 pipeline state 失败：{}", failure->message);
+    return std::unexpected(*failure);
+  }
+  return Pipelines{std::move(*backdrop),     std::move(*frame),  std::move(*frameMinified),
+                   std::move(*frameBlurred), std::move(*ripple), std::move(*cursor),
+                   std::move(*pip)};
+}
+
+std::expected<std::unique_ptr<PreviewRenderer>, gpu::GpuError> PreviewRenderer::create(
+    const gpu::Device& device) {
+  auto pipelines = buildPipelines();
+  if (!pipelines) return std::unexpected(pipelines.error());
+  auto screen = PictureTexture::create();
+  if (!screen) return std::unexpected(screen.error());
+  auto camera = PictureTexture::create();
+  if (!camera) return std::unexpected(camera.error());
+  std::unique_ptr<PreviewRenderer> renderer(
+      new PreviewRenderer(device, std::move(*pipelines), std::move(*screen), std::move(*camera)));
+  renderer->rebuildCursorTexture();
+  return renderer;
+}
+
+PreviewRenderer::PreviewRenderer(const gpu::Device& device, Pipelines pipelines,
+                                 PictureTexture screen, PictureTexture camera)
+    : device_(device),
+      pipelines_(std::move(pipelines)),
+      screen_(std::move(screen)),
+      camera_(std::move(camera)) {}
+
+void PreviewRenderer::load(std::shared_ptr<const package::RecordingProject> project) {
+  loadForExport(std::move(project));
+  package::log(package::LogCategory::render)
+      .info("renderer loaded {} clicks={}", project_->url.filename().string(),
+            project_->clicks.size());
+}
+
+void PreviewRenderer::loadForExport(std::shared_ptr<const package::RecordingProject> project) {
+  project_ = std::move(project);
+  cursorTrack_ = motion::CursorTrack(*project_);
+  screen_.clear();
+  camera_.clear();
+  showsCamera_ = false;
+}
+
+std::expected<std::unique_ptr<PreviewRenderer>, gpu::GpuError> PreviewRenderer::exportClone(
+    const gpu::Device& device, std::shared_ptr<const package::RecordingProject> project) const {
+  auto clone = create(device);
+  if (!clone) return clone;
+  (*clone)->settings = settings;
+  (*clone)->loadForExport(std::move(project));
+  return clone;
+}
+
+ContentRect PreviewRenderer::contentRect(double width, double height) const {
+  return compositor::contentRect(project_ ? &project_->meta : nullptr, settings.frameStyle, width,
+                                 height);
+}
+
+motion::CameraPose PreviewRenderer::previousPose(const motion::CameraPose& pose) const {
+  if (!settings.motionBlurEnabled || !isPlaying || !settings.followsTrack()) return pose;
+  return settings.cameraTrack->sample(std::max(currentTime - previewStep, 0.0));
+}
+
+std::expected<gpu::PixelRect, gpu::GpuError> PreviewRenderer::showScreen(
+    const media::VideoFrame& frame) {
+  return screen_.show(device_, frame, uniforms_);
+}
+
+std::expected<bool, gpu::GpuError> PreviewRenderer::showCamera(
+    const std::optional<media::VideoFrame>& frame) {
+  const bool showed = std::exchange(showsCamera_, frame.has_value());
+  if (!frame) return showed;
+  const auto changed = camera_.show(device_, *frame, uniforms_);
+  if (!changed) return std::unexpected(changed.error());
+  return !showed || !changed->isEmpty();
+}
+
+CompositePlan PreviewRenderer::plan(const motion::CameraPose& pose,
+                                    const motion::CameraPose& previousPose, double time,
+                                    const ContentRect& rect, int width, int height) const {
+  CompositeScene scene{.settings = settings,
+                       .project = project_.get(),
+                       .cursorTrack = &cursorTrack_,
+                       .pictureWidth = screen_.width(),
+                       .pictureHeight = screen_.height(),
+                       .cameraAspect = std::nullopt};
+  if (showsCamera_) {
+    scene.cameraAspect = static_cast<double>(camera_.width()) / camera_.height();
+  }
+  return planComposite(scene, pose, previousPose, time, rect, width, height);
+}
+
+void PreviewRenderer::encodeComposite(gpu::RenderPass& pass, const CompositePlan& plan) {
+  if (plan.backdrop) drawBackdrop(pass, *plan.backdrop);
+  if (plan.frame && hasScreen()) drawFrame(pass, *plan.frame);
+  if (!plan.ripples.empty()) drawRipples(pass, plan.ripples);
+  if (plan.cursor) drawCursor(pass, *plan.cursor);
+  if (plan.camera) drawCamera(pass, *plan.camera);
+}
+
+void PreviewRenderer::draw(const gpu::Framebuffer& target) {
+  const ContentRect rect = contentRect(target.width(), target.height());
+  const motion::CameraPose now = currentPose();
+  const CompositePlan composite =
+      plan(now, previousPose(now), currentTime, rect, target.width(), target.height());
+  gpu::RenderPass pass(target, uniforms_, target.bounds(), previewClearColor);
+  if (hasScreen()) {
+    encodeComposite(pass, composite);
+  } else if (composite.backdrop) {
+    // The frame's background stands before the first picture has come.
+    drawBackdrop(pass, *composite.backdrop);
+  }
+}
+
+void PreviewRenderer::rebuildCursorTexture() {
+  const package::CursorStyle style = settings.cursorSettings.style;
+  spdlog::logger& log = package::log(package::LogCategory::render);
+  const auto image = drawCursorImage(style);
+  if (!image) {
+    log.error("光标位图绘制失败，将不绘制光标");
+    cursorStyle_ = style;
+    return;
+  }
+  auto texture = gpu::Texture::create(device_, image->width, image->height, gpu::PixelFormat::bgra8,
+                                      gpu::Texture::Mips::full);
+  cursorStyle_ = style;
+  cursorTexture_.reset();
+  if (!texture) {
+    log.error("光标纹理创建失败");
+    return;
+  }
+  texture->upload(image->pixels.data(), image->stride(), texture->bounds());
+  texture->generateMips();
+  cursorTexture_ = std::move(*texture);
+}
+
+void PreviewRenderer::drawBackdrop(gpu::RenderPass& pass, const BackdropUniforms& backdrop) {
+  pass.draw(pipelines_.backdrop, gpu::recordBytes(backdrop), {}, {});
+}
+
+void PreviewRenderer::drawFrame(gpu::RenderPass& pass, const CompositePlan::Frame& frame) {
+  const bool minified = frame.sampling.minified != 0;
+  const Pipeline& pipeline = frame.sampling.taps > 1 ? pipelines_.frameBlurred
+                             : minified              ? pipelines_.frameMinified
+                                                     : pipelines_.frame;
+  const gpu::Texture& texture =
+      screen_.texture(minified ? PictureTexture::Levels::all : PictureTexture::Levels::first);
+  pass.draw(pipeline, gpu::recordBytes(frame.uniforms), gpu::recordBytes(frame.sampling),
+            {&texture});
+}
+
+void PreviewRenderer::drawRipples(gpu::RenderPass& pass,
+                                  const std::vector<RippleInstance>& ripples) {
+  // The block in the shader has a fixed length, and what is bound must be as long.
+  std::array<RippleInstance, maxRipples> block{};
+  std::ranges::copy(ripples, block.begin());
+  pass.draw(pipelines_.ripple, gpu::recordBytes(block), {}, {}, static_cast<int>(ripples.size()));
+}
+
+void PreviewRenderer::drawCursor(gpu::RenderPass& pass, const CursorUniforms& cursor) {
+  if (cursorStyle_ != settings.cursorSettings.style) rebuildCursorTexture();
+  if (!cursorTexture_) return;
+  pass.draw(pipelines_.cursor, gpu::recordBytes(cursor), {}, {&*cursorTexture_});
+}
+
+void PreviewRenderer::drawCamera(gpu::RenderPass& pass, const PiPUniforms& camera) {
+  pass.draw(pipelines_.pip, gpu::recordBytes(camera), {},
+            {&camera_.texture(PictureTexture::Levels::all)});
+}
+
+}  // namespace vesk::compositor
