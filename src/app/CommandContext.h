@@ -1,0 +1,25 @@
+#pragma once
+
+#include <cstdio>
+#include <filesystem>
+#include <functional>
+
+#include "app/CameraCheck.h"
+#include "app/CommandLine.h"
+#include "package/RecordingMeta.h"
+
+namespace vesk::app {
+
+/// What a command may use of the process around it.
+struct CommandContext {
+  CommandLine commandLine;
+  std::FILE* out = stdout;
+  package::Timestamp now{};
+  /// The folder of the recordings. Asked for only when no package is named, since it reads the
+  /// user's settings.
+  std::function<std::filesystem::path()> libraryRoot;
+  /// The compositor's frame layout; may be empty.
+  PictureLayout pictureLayout;
+};
+
+}  // namespace vesk::app

@@ -1,0 +1,46 @@
+#include "app/SelfCheck.h"
+
+#include <fmt/format.h>
+
+#include "motion/ReportText.h"
+
+namespace vesk::app {
+namespace {
+
+std::string_view mark(bool holds) {
+  return holds ? "  ✓ " : "  ✗ ";
+}
+
+}  // namespace
+
+SelfCheck::SelfCheck(std::string_view title)
+    : text_(fmt::format("{0}\n{1}\n{0}\n", motion::ruler(), title)) {}
+
+void SelfCheck::step(std::string_view name, const std::vector<std::string>& failures) {
+  ++steps_;
+  text_ += fmt::format("{}{}\n", mark(failures.empty()), name);
+  for (const std::string& failure : failures) {
+    text_ += fmt::format("      {}\n", failure);
+  }
+  if (!failures.empty()) {
+    failed_.emplace_back(name);
+  }
+}
+
+CheckOutcome SelfCheck::finish(std::string_view verdict) const {
+  return {fmt::format("{}{}\n{}{}\n", text_, motion::ruler(), mark(failed_.empty()), verdict),
+          failed_.empty() ? 0 : 1};
+}
+
+CheckOutcome SelfCheck::finishWithList(std::string_view verdictWhenAllHolds) const {
+  if (failed_.empty()) {
+    return finish(verdictWhenAllHolds);
+  }
+  std::string list = fmt::format("{} 项不符：", failed_.size());
+  for (const std::string& name : failed_) {
+    list += fmt::format("\n      · {}", name);
+  }
+  return finish(list);
+}
+
+}  // namespace vesk::app

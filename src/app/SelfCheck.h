@@ -1,0 +1,39 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace vesk::app {
+
+/// What a finished self-check prints, and the exit code of the process.
+struct CheckOutcome {
+  std::string text;
+  int exitCode = 0;
+};
+
+/// Collects the steps of a self-check in the form that all of them share: a title between rulers,
+/// the steps, a ruler, the verdict.
+class SelfCheck {
+ public:
+  explicit SelfCheck(std::string_view title);
+
+  /// Adds a step: it passes when it has no failures, which are listed below it otherwise.
+  void step(std::string_view name, const std::vector<std::string>& failures);
+
+  int steps() const { return steps_; }
+  int passed() const { return steps_ - static_cast<int>(failed_.size()); }
+
+  /// Ends the check with this text behind the mark.
+  CheckOutcome finish(std::string_view verdict) const;
+
+  /// Ends the check with this text when all holds, else with a list of the steps that failed.
+  CheckOutcome finishWithList(std::string_view verdictWhenAllHolds) const;
+
+ private:
+  std::string text_;
+  int steps_ = 0;
+  std::vector<std::string> failed_;
+};
+
+}  // namespace vesk::app

@@ -1,0 +1,24 @@
+#pragma once
+
+#include <csignal>
+#include <functional>
+#include <thread>
+
+namespace vesk::app {
+
+/// While it lives, Ctrl-C and a request to terminate call a function, on a thread of its own,
+/// instead of ending the process. Threads started meanwhile leave these signals to it too.
+class SignalWatch {
+ public:
+  explicit SignalWatch(std::function<void()> onSignal);
+  SignalWatch(const SignalWatch&) = delete;
+  SignalWatch& operator=(const SignalWatch&) = delete;
+  ~SignalWatch();
+
+ private:
+  sigset_t watched_{};
+  sigset_t before_{};  ///< the signals that were blocked already
+  std::jthread thread_;
+};
+
+}  // namespace vesk::app

@@ -1,0 +1,55 @@
+#include "app/VeskCLI.h"
+
+#include <fmt/format.h>
+
+#include <array>
+
+#include "app/CameraCheck.h"
+#include "app/DumpEffects.h"
+#include "app/ExportCommand.h"
+#include "app/PairingCheck.h"
+
+namespace vesk::app {
+namespace {
+
+int printOutcome(const CommandContext& context, const CheckOutcome& outcome) {
+  fmt::print(context.out, "{}", outcome.text);
+  return outcome.exitCode;
+}
+
+int testPairing(const CommandContext& context) {
+  return printOutcome(context, checkPairing(context.now));
+}
+
+int testCamera(const CommandContext& context) {
+  return printOutcome(context, checkCamera(context.pictureLayout));
+}
+
+constexpr std::array allCommands{
+    Command{.flag = "--test-pairing", .needsValue = false, .run = testPairing},
+    Command{.flag = "--test-camera", .needsValue = false, .run = testCamera},
+    Command{.flag = "--export", .needsValue = true, .run = exportMovie},
+    Command{.flag = "--dump-effects", .needsValue = false, .run = dumpEffects},
+};
+
+bool isPresent(const Command& command, const CommandLine& commandLine) {
+  return command.needsValue ? commandLine.value(command.flag).has_value()
+                            : commandLine.has(command.flag);
+}
+
+}  // namespace
+
+std::span<const Command> commands() {
+  return allCommands;
+}
+
+std::optional<int> dispatch(const CommandContext& context) {
+  for (const Command& command : allCommands) {
+    if (isPresent(command, context.commandLine)) {
+      return command.run(context);
+    }
+  }
+  return std::nullopt;
+}
+
+}  // namespace vesk::app
