@@ -90,7 +90,7 @@ bool showSameFrame(const std::optional<CompositePlan::Frame>& before,
 // corners.
 std::optional<PixelRect> placeOnCanvas(const PixelRect& part, const CompositePlan& plan,
                                        int pictureWidth, int pictureHeight) {
-  if (!plan.frame || plan.frame->sampling.minified != 0 || plan.frame->sampling.taps > 1) {
+  if (!plan.frame || plan.frame->isMinified || plan.frame->sampling.taps > 1) {
     return std::nullopt;
   }
   // Linear filtering carries a texel as far as the centre of the next.

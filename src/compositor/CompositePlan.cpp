@@ -54,6 +54,21 @@ bool isMinified(const FrameUniforms& uniforms, glm::vec2 texels) {
   });
 }
 
+// A little inside the rounded rectangle, whose corners cut off a share of the radius.
+gpu::PixelRect interior(const FrameUniforms& uniforms) {
+  constexpr double cornerShare = 0.3;  // 1 − 1/√2, rounded up
+  const glm::dvec2 canvas(uniforms.canvasWidth, uniforms.canvasHeight);
+  const glm::dvec2 low = glm::dvec2(uniforms.rectX, uniforms.rectY) * canvas;
+  const glm::dvec2 high = low + glm::dvec2(uniforms.rectW, uniforms.rectH) * canvas;
+  const double radius = static_cast<double>(uniforms.cornerRadius) * (high.y - low.y);
+  // Half a pixel is what an edge between two pixels still touches of them.
+  const double inset = radius > 0 ? radius * cornerShare + 1 : 0.0;
+  const glm::dvec2 first = glm::clamp(glm::ceil(low + inset - 1e-3), glm::dvec2(0), canvas);
+  const glm::dvec2 last = glm::clamp(glm::floor(high - inset + 1e-3), first, canvas);
+  return {static_cast<int>(first.x), static_cast<int>(first.y), static_cast<int>(last.x - first.x),
+          static_cast<int>(last.y - first.y)};
+}
+
 std::optional<CompositePlan::Frame> planFrame(const CompositeScene& scene,
                                               const package::RecordingMeta* meta,
                                               const std::optional<glm::mat4>& matrix,
@@ -88,8 +103,10 @@ std::optional<CompositePlan::Frame> planFrame(const CompositeScene& scene,
         static_cast<std::uint32_t>(std::llround(std::max(time, 0.0) * jitterRate));
   }
   const glm::vec2 texels(std::max(scene.pictureWidth, 1), std::max(scene.pictureHeight, 1));
-  sampling.minified = isMinified(uniforms, texels) ? 1 : 0;
-  return CompositePlan::Frame{.uniforms = uniforms, .sampling = sampling};
+  return CompositePlan::Frame{.uniforms = uniforms,
+                              .sampling = sampling,
+                              .isMinified = isMinified(uniforms, texels),
+                              .interior = interior(uniforms)};
 }
 
 }  // namespace

@@ -6,6 +6,7 @@
 #include "compositor/CompositeSettings.h"
 #include "compositor/FrameLayout.h"
 #include "compositor/UniformRecords.h"
+#include "gpu/PixelRect.h"
 #include "motion/CursorTrack.h"
 #include "package/RecordingProject.h"
 
@@ -17,6 +18,8 @@ struct CompositePlan {
   struct Frame {
     FrameUniforms uniforms;
     FrameSampling sampling;
+    bool isMinified = false;  ///< somewhere a pixel covers more than one texel
+    gpu::PixelRect interior;  ///< pixels that lie wholly inside the content rectangle
     bool operator==(const Frame&) const = default;
   };
 

@@ -126,7 +126,7 @@ void PictureDownload::readPlanes(const gpu::Texture& canvas, const gpu::PixelRec
   for (std::size_t index = 0; index < records.size(); ++index) {
     gpu::RenderPass pass(graphics_->planes[index].framebuffer, uniforms,
                          planePart(records.at(index).step), std::nullopt);
-    pass.draw(graphics_->pipeline, gpu::recordBytes(records.at(index)), {}, {&canvas});
+    pass.draw(graphics_->pipeline, gpu::recordBytes(records.at(index)), {}, {{canvas}});
   }
   // All planes are drawn before the first is waited for.
   for (std::size_t index = 0; index < records.size(); ++index) {

@@ -85,7 +85,7 @@ std::expected<PixelRect, gpu::GpuError> PictureTexture::show(const gpu::Device& 
   const PictureConversion conversion = pictureConversion(frame);
   gpu::RenderPass pass(storage_->target, uniforms, changed, std::nullopt);
   pass.draw(convert_, gpu::recordBytes(conversion), {},
-            {&storage_->planes[0], &storage_->planes[1], &storage_->planes[2]});
+            {{storage_->planes[0]}, {storage_->planes[1]}, {storage_->planes[2]}});
   mipsAreStale_ = true;
   return changed;
 }
@@ -97,8 +97,9 @@ void PictureTexture::upload(const media::VideoFrame& frame, const PixelRect& par
   }
 }
 
-const gpu::Texture& PictureTexture::texture(Levels levels) {
-  if (levels == Levels::all && std::exchange(mipsAreStale_, false)) storage_->rgb.generateMips();
+const gpu::Texture& PictureTexture::texture(gpu::TextureBinding::Levels levels) {
+  if (levels == gpu::TextureBinding::Levels::all && std::exchange(mipsAreStale_, false))
+    storage_->rgb.generateMips();
   return storage_->rgb;
 }
 

@@ -32,9 +32,8 @@ class PictureTexture {
   int width() const { return frame_ ? frame_->width : 0; }
   int height() const { return frame_ ? frame_->height : 0; }
 
-  enum class Levels { first, all };
   /// The picture as RGB; must not be empty. `all` brings the smaller levels up to date.
-  const gpu::Texture& texture(Levels levels);
+  const gpu::Texture& texture(gpu::TextureBinding::Levels levels);
 
  private:
   struct Storage {

@@ -31,11 +31,13 @@ std::expected<PreviewRenderer::Pipelines, gpu::GpuError> PreviewRenderer::buildP
     return std::nullopt;
   };
   constexpr auto over = Pipeline::Blending::over;
-  auto backdrop =
-      build(shaders::backdropVertex, shaders::backdropFragment, Pipeline::Blending::off);
-  auto frame = build(shaders::frameVertex, shaders::frameFragment, over);
-  auto frameMinified = build(shaders::frameVertex, shaders::frameMinifiedFragment, over);
-  auto frameBlurred = build(shaders::frameVertex, shaders::frameBlurredFragment, over);
+  constexpr auto opaque = Pipeline::Blending::off;
+  auto backdrop = build(shaders::backdropVertex, shaders::backdropFragment, opaque);
+  auto frame = build(shaders::frameVertex, shaders::frameEdgeFragment, over);
+  auto frameInterior = build(shaders::frameVertex, shaders::frameFragment, opaque);
+  auto frameBlurred = build(shaders::frameBlurredVertex, shaders::frameBlurredEdgeFragment, over);
+  auto frameBlurredInterior =
+      build(shaders::frameBlurredVertex, shaders::frameBlurredFragment, opaque);
   auto ripple = build(shaders::rippleVertex, shaders::rippleFragment, over);
   auto cursor = build(shaders::cursorVertex, shaders::cursorFragment, over);
   auto pip = build(shaders::pipVertex, shaders::pipFragment, over);
@@ -44,9 +46,14 @@ std::expected<PreviewRenderer::Pipelines, gpu::GpuError> PreviewRenderer::buildP
         .error("创建 pipeline state 失败：{}", failure->message);
     return std::unexpected(*failure);
   }
-  return Pipelines{std::move(*backdrop),     std::move(*frame),  std::move(*frameMinified),
-                   std::move(*frameBlurred), std::move(*ripple), std::move(*cursor),
-                   std::move(*pip)};
+  return Pipelines{.backdrop = *std::move(backdrop),
+                   .frame = *std::move(frame),
+                   .frameInterior = *std::move(frameInterior),
+                   .frameBlurred = *std::move(frameBlurred),
+                   .frameBlurredInterior = *std::move(frameBlurredInterior),
+                   .ripple = *std::move(ripple),
+                   .cursor = *std::move(cursor),
+                   .pip = *std::move(pip)};
 }
 
 std::expected<std::unique_ptr<PreviewRenderer>, gpu::GpuError> PreviewRenderer::create(
@@ -135,7 +142,7 @@ CompositePlan PreviewRenderer::plan(const motion::CameraPose& pose,
 
 void PreviewRenderer::encodeComposite(gpu::RenderPass& pass, const CompositePlan& plan) {
   if (plan.backdrop) drawBackdrop(pass, *plan.backdrop);
-  if (plan.frame && hasScreen()) drawFrame(pass, *plan.frame);
+  if (plan.frame && hasScreen()) drawFrame(pass, plan);
   if (!plan.ripples.empty()) drawRipples(pass, plan.ripples);
   if (plan.cursor) drawCursor(pass, *plan.cursor);
   if (plan.camera) drawCamera(pass, *plan.camera);
@@ -181,15 +188,30 @@ void PreviewRenderer::drawBackdrop(gpu::RenderPass& pass, const BackdropUniforms
   pass.draw(pipelines_.backdrop, gpu::recordBytes(backdrop), {}, {});
 }
 
-void PreviewRenderer::drawFrame(gpu::RenderPass& pass, const CompositePlan::Frame& frame) {
-  const bool minified = frame.sampling.minified != 0;
-  const Pipeline& pipeline = frame.sampling.taps > 1 ? pipelines_.frameBlurred
-                             : minified              ? pipelines_.frameMinified
-                                                     : pipelines_.frame;
-  const gpu::Texture& texture =
-      screen_.texture(minified ? PictureTexture::Levels::all : PictureTexture::Levels::first);
-  pass.draw(pipeline, gpu::recordBytes(frame.uniforms), gpu::recordBytes(frame.sampling),
-            {&texture});
+// Inside the content rectangle the picture is opaque. Drawing that part without blending and
+// coverage gives the same pixels, on a software renderer in a fifth of the time.
+void PreviewRenderer::drawFrame(gpu::RenderPass& pass, const CompositePlan& plan) {
+  const CompositePlan::Frame& frame = *plan.frame;
+  const bool blurred = frame.sampling.taps > 1;
+  const Pipeline& edge = blurred ? pipelines_.frameBlurred : pipelines_.frame;
+  const Pipeline& interior = blurred ? pipelines_.frameBlurredInterior : pipelines_.frameInterior;
+  const auto levels =
+      frame.isMinified ? gpu::TextureBinding::Levels::all : gpu::TextureBinding::Levels::first;
+  const gpu::Texture& texture = screen_.texture(levels);
+  const auto drawPart = [&](const Pipeline& pipeline, const gpu::PixelRect& part) {
+    if (part.isEmpty()) return;
+    pass.restrictTo(part);
+    pass.draw(pipeline, gpu::recordBytes(frame.uniforms), gpu::recordBytes(frame.sampling),
+              {{texture, levels}});
+  };
+  const gpu::PixelRect& inner = frame.interior;
+  const gpu::PixelRect canvas{0, 0, plan.width, plan.height};
+  drawPart(interior, inner);
+  drawPart(edge, {0, 0, canvas.width, inner.y});
+  drawPart(edge, {0, inner.bottom(), canvas.width, canvas.height - inner.bottom()});
+  drawPart(edge, {0, inner.y, inner.x, inner.height});
+  drawPart(edge, {inner.right(), inner.y, canvas.width - inner.right(), inner.height});
+  pass.restrictTo(canvas);
 }
 
 void PreviewRenderer::drawRipples(gpu::RenderPass& pass,
@@ -203,12 +225,14 @@ void PreviewRenderer::drawRipples(gpu::RenderPass& pass,
 void PreviewRenderer::drawCursor(gpu::RenderPass& pass, const CursorUniforms& cursor) {
   if (cursorStyle_ != settings.cursorSettings.style) rebuildCursorTexture();
   if (!cursorTexture_) return;
-  pass.draw(pipelines_.cursor, gpu::recordBytes(cursor), {}, {&*cursorTexture_});
+  pass.draw(pipelines_.cursor, gpu::recordBytes(cursor), {},
+            {{*cursorTexture_, gpu::TextureBinding::Levels::all}});
 }
 
 void PreviewRenderer::drawCamera(gpu::RenderPass& pass, const PiPUniforms& camera) {
-  pass.draw(pipelines_.pip, gpu::recordBytes(camera), {},
-            {&camera_.texture(PictureTexture::Levels::all)});
+  pass.draw(
+      pipelines_.pip, gpu::recordBytes(camera), {},
+      {{camera_.texture(gpu::TextureBinding::Levels::all), gpu::TextureBinding::Levels::all}});
 }
 
 }  // namespace vesk::compositor

@@ -85,8 +85,9 @@ class PreviewRenderer {
   struct Pipelines {
     gpu::Pipeline backdrop;
     gpu::Pipeline frame;
-    gpu::Pipeline frameMinified;
+    gpu::Pipeline frameInterior;
     gpu::Pipeline frameBlurred;
+    gpu::Pipeline frameBlurredInterior;
     gpu::Pipeline ripple;
     gpu::Pipeline cursor;
     gpu::Pipeline pip;
@@ -97,7 +98,7 @@ class PreviewRenderer {
 
   void rebuildCursorTexture();
   void drawBackdrop(gpu::RenderPass& pass, const BackdropUniforms& backdrop);
-  void drawFrame(gpu::RenderPass& pass, const CompositePlan::Frame& frame);
+  void drawFrame(gpu::RenderPass& pass, const CompositePlan& plan);
   void drawRipples(gpu::RenderPass& pass, const std::vector<RippleInstance>& ripples);
   void drawCursor(gpu::RenderPass& pass, const CursorUniforms& cursor);
   void drawCamera(gpu::RenderPass& pass, const PiPUniforms& camera);

@@ -53,12 +53,11 @@ static_assert(offsetof(FrameUniforms, canvasWidth) == 156);
 static_assert(offsetof(FrameUniforms, canvasHeight) == 160);
 static_assert(offsetof(FrameUniforms, reserved) == 164);
 
-/// How the frame's fragment shader reads its texture; goes up beside FrameUniforms.
+/// How the frame's motion blur takes its samples; goes up beside FrameUniforms.
 struct FrameSampling {
-  std::int32_t taps = 1;         ///< upper bound of samples along the motion, 1…32
-  std::uint32_t frameIndex = 0;  ///< moves the jitter of the taps
-  std::int32_t minified = 0;     ///< 1 when some texels are smaller than a pixel
-  std::int32_t reserved = 0;
+  std::int32_t taps = 1;          ///< the most along one pixel's motion, 1…32; 1 is no blur
+  std::uint32_t frameIndex = 0;   ///< moves the jitter of the taps
+  std::int32_t reserved[2] = {};  // NOLINT: part of the record's bytes
   bool operator==(const FrameSampling&) const = default;
 };
 static_assert(sizeof(FrameSampling) == 16);

@@ -23,9 +23,9 @@ void UniformBuffers::set(unsigned int binding, std::span<const std::byte> bytes)
   glBindBufferBase(GL_UNIFORM_BUFFER, binding, buffers_.at(binding));
 }
 
-RenderPass::RenderPass(const Framebuffer& target, UniformBuffers& uniforms,
-                       const PixelRect& scissor, const std::optional<glm::vec4>& clear)
-    : uniforms_(uniforms) {
+RenderPass::RenderPass(const Framebuffer& target, UniformBuffers& uniforms, const PixelRect& area,
+                       const std::optional<glm::vec4>& clear)
+    : uniforms_(uniforms), area_(area) {
   glBindFramebuffer(GL_FRAMEBUFFER, target.handle());
   glViewport(0, 0, target.width(), target.height());
   glDisable(GL_DEPTH_TEST);
@@ -33,7 +33,7 @@ RenderPass::RenderPass(const Framebuffer& target, UniformBuffers& uniforms,
   glDisable(GL_CULL_FACE);
   glColorMask(GL_TRUE, GL_TRUE, GL_TRUE, GL_TRUE);
   glEnable(GL_SCISSOR_TEST);
-  glScissor(scissor.x, scissor.y, scissor.width, scissor.height);
+  restrictTo(area_);
   if (clear) {
     glClearColor(clear->r, clear->g, clear->b, clear->a);
     glClear(GL_COLOR_BUFFER_BIT);
@@ -47,9 +47,14 @@ RenderPass::~RenderPass() {
   glUseProgram(0);
 }
 
+void RenderPass::restrictTo(const PixelRect& part) {
+  const PixelRect common = area_.intersection(part);
+  glScissor(common.x, common.y, common.width, common.height);
+}
+
 void RenderPass::draw(const Pipeline& pipeline, std::span<const std::byte> block0,
                       std::span<const std::byte> block1,
-                      std::initializer_list<const Texture*> textures, int instances) {
+                      std::initializer_list<TextureBinding> textures, int instances) {
   constexpr int verticesOfAQuad = 6;
   glUseProgram(pipeline.program());
   if (pipeline.blending() == Pipeline::Blending::over) {
@@ -62,9 +67,13 @@ void RenderPass::draw(const Pipeline& pipeline, std::span<const std::byte> block
   uniforms_.set(0, block0);
   if (!block1.empty()) uniforms_.set(1, block1);
   GLenum unit = GL_TEXTURE0;
-  for (const Texture* texture : textures) {
+  for (const TextureBinding& binding : textures) {
     glActiveTexture(unit++);
-    glBindTexture(GL_TEXTURE_2D, texture->handle());
+    glBindTexture(GL_TEXTURE_2D, binding.texture.handle());
+    // A filter without levels lets a software renderer take a much shorter way to the texels.
+    glTexParameteri(
+        GL_TEXTURE_2D, GL_TEXTURE_MIN_FILTER,
+        binding.levels == TextureBinding::Levels::all ? GL_LINEAR_MIPMAP_LINEAR : GL_LINEAR);
   }
   glActiveTexture(GL_TEXTURE0);
   glDrawArraysInstanced(GL_TRIANGLES, 0, verticesOfAQuad, instances);

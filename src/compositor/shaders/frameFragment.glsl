@@ -1,5 +1,8 @@
 #version 430 core
-#include "common.glsl"
-#include "frameCommon.glsl"
 
-void main() { color = vec4(textureLod(frame, picture, 0.0).rgb, coverage()); }
+layout(binding = 0) uniform sampler2D frame;
+
+layout(location = 0) in vec2 picture;
+layout(location = 0) out vec4 color;
+
+void main() { color = vec4(texture(frame, picture).rgb, 1.0); }

@@ -1,19 +1,6 @@
 #version 430 core
 #include "common.glsl"
-
-layout(std140, binding = 0) uniform Frame {
-  mat4 mvp;
-  mat4 prevMVP;
-  float blur;
-  float cornerRadius;
-  float aspect;
-  float rectX;
-  float rectY;
-  float rectW;
-  float rectH;
-  float canvasWidth;
-  float canvasHeight;
-};
+#include "frameCommon.glsl"
 
 layout(location = 0) out vec2 picture;
 
