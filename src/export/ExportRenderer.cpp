@@ -56,9 +56,10 @@ media::VideoSettings videoSettings(const ExportSettings& settings, const RenderL
 // The raw material is never overwritten, whatever output the user names.
 bool liesInPackage(const fs::path& file, const fs::path& package) {
   std::error_code error;
-  const fs::path folder = fs::weakly_canonical(fs::absolute(file, error).parent_path(), error);
+  // Resolved as a whole: a link outside may lead to a file inside.
+  const fs::path target = fs::weakly_canonical(fs::absolute(file, error), error);
   const fs::path root = fs::weakly_canonical(fs::absolute(package, error), error);
-  const auto [end, rest] = std::ranges::mismatch(root, folder);
+  const auto [end, rest] = std::ranges::mismatch(root, target);
   return end == root.end();
 }
 
@@ -72,6 +73,9 @@ std::expected<ExportStatistics, ExportError> ExportRenderer::exportMovie(
     const package::RecordingProject& project, const ExportSettings& settings, const fs::path& to,
     const Progress& progress) {
   spdlog::logger& log = package::log(package::LogCategory::exporting);
+  if (!to.has_filename()) {
+    return std::unexpected(ExportError::writerFailed("没有给出输出文件的名字"));
+  }
   if (liesInPackage(to, project.url)) {
     return std::unexpected(ExportError::writerFailed("输出位置在录制包里面，请换一个文件夹"));
   }

@@ -16,7 +16,8 @@ int convertNothing(const RowPair& /*rows*/, int /*width*/) noexcept {
 
 ConvertFromStart fastestConversion() {
 #if defined(__x86_64__)
-  if (__builtin_cpu_supports("avx2") != 0) {
+  const bool hasAvx2 = __builtin_cpu_supports("avx2");
+  if (hasAvx2) {
     return convertRowPairAvx2;
   }
 #endif

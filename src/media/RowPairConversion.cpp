@@ -1,5 +1,7 @@
 #include "media/RowPairConversion.h"
 
+#include <cstddef>
+
 namespace vesk::media {
 namespace {
 
@@ -10,7 +12,8 @@ struct Pixel {
 };
 
 Pixel pixelAt(const std::uint8_t* row, int x) {
-  return {row[4 * x], row[4 * x + 1], row[4 * x + 2]};
+  const std::uint8_t* bytes = row + std::ptrdiff_t{4} * x;
+  return {bytes[0], bytes[1], bytes[2]};
 }
 
 Pixel operator+(const Pixel& a, const Pixel& b) {

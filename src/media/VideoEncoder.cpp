@@ -18,6 +18,13 @@ constexpr int kKeyFrameSeconds = 2;
 constexpr int kMaximumSide = 16384;
 constexpr int kMaximumFps = 1000;
 
+// The fastest preset of each encoder, with the one thing put back that zooms need: motion vectors
+// finer than a pixel. Zooming over a recorded desktop at 0.08 bits per pixel, 1080p, measured
+// against the pictures that went in (PSNR of Y, CPU time of 750 pictures):
+//   x264 ultrafast        41.7 dB   4.0 s      x265 ultrafast, no B frames   42.9 dB   23.9 s
+//     with subme=1        47.6 dB   5.3 s        with subme=1                44.5 dB   27.0 s
+//   x264 superfast        47.0 dB   7.7 s      x265 superfast                44.3 dB   29.8 s
+// The 8×8 transform is what makes the H.264 stream one of High profile.
 constexpr EncoderChoice kH264{
     .encoder = "libx264",
     .format = "MP4（H.264）",

@@ -31,7 +31,9 @@ class VideoReader {
   [[nodiscard]] static std::expected<VideoReader, MediaError> open(
       const std::filesystem::path& file, int threads = 0);
 
+  VideoReader(const VideoReader&) = delete;
   VideoReader(VideoReader&&) noexcept;
+  VideoReader& operator=(const VideoReader&) = delete;
   VideoReader& operator=(VideoReader&&) noexcept;
   ~VideoReader();
 

@@ -24,7 +24,9 @@ class VideoWriter {
   [[nodiscard]] static std::expected<VideoWriter, MediaError> open(
       const std::filesystem::path& file, const VideoSettings& settings);
 
+  VideoWriter(const VideoWriter&) = delete;
   VideoWriter(VideoWriter&&) noexcept;
+  VideoWriter& operator=(const VideoWriter&) = delete;
   VideoWriter& operator=(VideoWriter&&) noexcept;
   ~VideoWriter();
 

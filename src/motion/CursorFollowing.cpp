@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <glm/common.hpp>
 #include <glm/geometric.hpp>
+#include <optional>
 #include <string_view>
 
 #include "motion/CameraTrack.h"

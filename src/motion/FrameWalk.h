@@ -11,8 +11,9 @@ inline constexpr double frameStep = 1.0 / 60;
 /// that no error adds up over a long recording.
 template <typename Body>
 void walk(double first, double last, double step, Body body) {
-  std::int64_t number = 0;
-  for (double t = first; t <= last; t = first + static_cast<double>(++number) * step) {
+  for (std::int64_t number = 0;; ++number) {
+    const double t = first + static_cast<double>(number) * step;
+    if (!(t <= last)) return;
     body(t);
   }
 }

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <filesystem>
 #include <string_view>
 #include <vector>
 
@@ -14,6 +15,11 @@ namespace vesk::motion {
 namespace {
 
 using package::RecordedEvent;
+
+/// The package's directory name, also when its path ends with a slash.
+std::string nameOf(const std::filesystem::path& url) {
+  return (url.has_filename() ? url : url.parent_path()).filename().string();
+}
 
 /// How the camera gets from one segment to the next.
 std::string relation(const ZoomSegment& before, const ZoomSegment& segment) {
@@ -71,7 +77,7 @@ std::string summarySection(const DumpCtx& context) {
     return std::ranges::count(p.events, kind, &RecordedEvent::type);
   };
   std::string text;
-  append(text, "{}\n 运镜报告  {}\n", context.line, p.url.filename().string());
+  append(text, "{}\n 运镜报告  {}\n", context.line, nameOf(p.url));
   append(text, "  {}×{} @ {}fps   时长 {:.2f}s   scale {:.1f}\n", p.meta.captureWidth,
          p.meta.captureHeight, p.meta.fps, p.duration(), p.meta.scaleFactor);
   append(text, "  事件 {}   点击 {}   按键 {}   窗口切换 {}   断流 {}\n", p.events.size(),

@@ -1,13 +1,14 @@
 #include "motion/SegmentSweep.h"
 
 #include <algorithm>
-#include <numeric>
 
 namespace vesk::motion {
 
-WaypointSweep::WaypointSweep(const ZoomSegment& segment)
-    : segment_(&segment), byTime_(segment.waypoints.size()) {
-  std::iota(byTime_.begin(), byTime_.end(), std::size_t{0});
+WaypointSweep::WaypointSweep(const ZoomSegment& segment) : segment_(&segment) {
+  byTime_.reserve(segment.waypoints.size());
+  for (std::size_t i = 0; i < segment.waypoints.size(); ++i) {
+    byTime_.push_back(i);
+  }
   std::ranges::sort(byTime_, {}, [&segment](std::size_t i) { return segment.waypoints[i].t; });
 }
 

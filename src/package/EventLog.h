@@ -19,9 +19,11 @@ struct EventLog {
 
 /// Decodes "events.jsonl", one object a line, in one pass. Empty lines are skipped; a line that is
 /// no valid event, holds a number that is not finite, nests deeper than 64 or is longer than 1 MiB
-/// is counted and dropped. The text must be UTF-8; a character that the very end of the text cuts
-/// through belongs to a cut last line and is no failure.
-/// The text is taken by value: decoding needs room behind its end.
+/// is counted and dropped. Null counts as absent; of a key that comes twice the last value counts,
+/// though each must be of its type. The text must be UTF-8, a byte order mark before it is skipped;
+/// a character that the very end of the text cuts through belongs to a cut last line and is no
+/// failure.
+/// @param text taken by value, because decoding needs room behind its end
 std::expected<EventLog, PackageError> decodeEventLog(std::string text);
 
 }  // namespace vesk::package

@@ -10,7 +10,7 @@ namespace vesk::package {
 
 namespace {
 
-std::optional<std::int64_t> integerFrom(const nlohmann::json& value) {
+std::optional<std::int64_t> integerIn(const nlohmann::json& value) {
   if (value.is_number_float()) return integerFrom(value.get<double>());
   if (value.is_number_unsigned()) {
     const auto number = value.get<std::uint64_t>();
@@ -25,7 +25,7 @@ std::optional<std::int64_t> integerFrom(const nlohmann::json& value) {
 
 std::optional<std::int64_t> integerFrom(double number) {
   constexpr double limit = 0x1p63;
-  if (number != std::trunc(number) || number < -limit || number >= limit) return std::nullopt;
+  if (number != std::trunc(number) || std::abs(number) >= limit) return std::nullopt;
   return static_cast<std::int64_t>(number);
 }
 
@@ -43,7 +43,7 @@ void JsonFields::read(std::string_view key, bool& value) {
 void JsonFields::read(std::string_view key, std::int64_t& value) {
   const auto* found = find(key);
   if (found == nullptr) return;
-  const auto number = integerFrom(*found);
+  const auto number = integerIn(*found);
   if (!number) return failType(key, "整数");
   value = *number;
 }
@@ -51,7 +51,7 @@ void JsonFields::read(std::string_view key, std::int64_t& value) {
 void JsonFields::read(std::string_view key, std::uint32_t& value) {
   const auto* found = find(key);
   if (found == nullptr) return;
-  const auto number = integerFrom(*found);
+  const auto number = integerIn(*found);
   if (!number || !std::in_range<std::uint32_t>(*number)) {
     return failType(key, "0 到 4294967295 之间的整数");
   }

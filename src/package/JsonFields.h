@@ -69,7 +69,7 @@ void putIfPresent(nlohmann::json& object, const char* key, const Optional& value
   if (value) object[key] = *value;
 }
 
-/// The number as an integer when it is one in value, so also 60.0.
+/// The number as an integer when it is one in value, so also 60.0, and lies within 2^63.
 std::optional<std::int64_t> integerFrom(double number);
 
 }  // namespace vesk::package

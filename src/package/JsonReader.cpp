@@ -42,9 +42,9 @@ bool JsonReader::readInteger(std::int64_t& value) {
   const char* const begin = at_;
   double number = 0;
   if (!readNumber(number)) return false;
-  // Beyond 2^53 a double holds not every integer, so the digits themselves come first.
+  // Beyond 2^53 a double holds not every integer, so plain digits are read as what they are.
   const auto [rest, error] = std::from_chars(begin, at_, value);
-  if (error == std::errc{} && rest == at_) return true;
+  if (rest == at_) return error == std::errc{};
   const auto integer = integerFrom(number);
   value = integer.value_or(0);
   return integer.has_value();

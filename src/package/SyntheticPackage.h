@@ -20,7 +20,7 @@ struct SyntheticMark {
 
 /// Writes a real package of known content into the temporary directory, for self-checks. Its name
 /// is a function of the number of marks and the duration, and it replaces what stands there.
-/// Nothing when the directory cannot be made.
+/// Nothing when the directory cannot be made or a file of it cannot be written.
 std::optional<std::filesystem::path> makeSyntheticPackage(std::span<const SyntheticMark> marks,
                                                           double duration, Timestamp now);
 
