@@ -1,0 +1,1 @@
+vesk_bench(media_bench SOURCES MediaBench.cpp LIBRARIES vesk::media)

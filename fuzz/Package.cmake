@@ -1,0 +1,6 @@
+vesk_fuzz(meta
+  SOURCES MetaFuzz.cpp
+  LIBRARIES vesk::package)
+vesk_fuzz(events
+  SOURCES EventsFuzz.cpp
+  LIBRARIES vesk::package)
