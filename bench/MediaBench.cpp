@@ -12,12 +12,12 @@
 namespace vesk::media {
 namespace {
 
-constexpr int kWidth = 1920;
-constexpr int kHeight = 1080;
+constexpr int width = 1920;
+constexpr int height = 1080;
 
 std::vector<std::uint8_t> noise() {
   std::mt19937 random(1);
-  std::vector<std::uint8_t> bytes(std::size_t{4} * kWidth * kHeight);
+  std::vector<std::uint8_t> bytes(std::size_t{4} * width * height);
   for (auto& byte : bytes) {
     byte = static_cast<std::uint8_t>(random());
   }
@@ -25,12 +25,12 @@ std::vector<std::uint8_t> noise() {
 }
 
 BgraView viewOf(const std::vector<std::uint8_t>& bytes) {
-  return {bytes.data(), std::ptrdiff_t{4} * kWidth, kWidth, kHeight};
+  return {bytes.data(), std::ptrdiff_t{4} * width, width, height};
 }
 
 void convertWholePicture(benchmark::State& state) {
   const auto bytes = noise();
-  I420Picture picture(kWidth, kHeight);
+  I420Picture picture(width, height);
   for ([[maybe_unused]] auto _ : state) {
     convertToI420(viewOf(bytes), picture);
     benchmark::ClobberMemory();
@@ -40,7 +40,7 @@ BENCHMARK(convertWholePicture)->Unit(benchmark::kMicrosecond);
 
 void convertCursorSizedPart(benchmark::State& state) {
   const auto bytes = noise();
-  I420Picture picture(kWidth, kHeight);
+  I420Picture picture(width, height);
   for ([[maybe_unused]] auto _ : state) {
     convertToI420(viewOf(bytes), {800, 500, 64, 64}, picture);
     benchmark::ClobberMemory();
@@ -49,8 +49,8 @@ void convertCursorSizedPart(benchmark::State& state) {
 BENCHMARK(convertCursorSizedPart)->Unit(benchmark::kMicrosecond);
 
 void copyPicture(benchmark::State& state) {
-  const I420Picture source(kWidth, kHeight);
-  I420Picture target(kWidth, kHeight);
+  const I420Picture source(width, height);
+  I420Picture target(width, height);
   for ([[maybe_unused]] auto _ : state) {
     target.copyFrom(source);
     benchmark::ClobberMemory();
@@ -62,15 +62,15 @@ BENCHMARK(copyPicture)->Unit(benchmark::kMicrosecond);
 void writeAStillPicture(benchmark::State& state) {
   const auto file = std::filesystem::temp_directory_path() / "vesk-media-bench.tmp";
   auto writer = VideoWriter::open(file, {.container = static_cast<Container>(state.range(0)),
-                                         .width = kWidth,
-                                         .height = kHeight,
+                                         .width = width,
+                                         .height = height,
                                          .fps = 60,
                                          .bitRate = 9'953'280});
   if (!writer) {
     state.SkipWithError(writer.error().message.c_str());
     return;
   }
-  const I420Picture picture(kWidth, kHeight);
+  const I420Picture picture(width, height);
   std::int64_t index = 0;
   for ([[maybe_unused]] auto _ : state) {
     if (!writer->write(picture, index++)) {

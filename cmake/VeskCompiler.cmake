@@ -20,7 +20,7 @@ target_compile_options(vesk_compiler INTERFACE
 if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
   # GCC 12 reports false positives from the standard library's own inlined code at -O2.
   target_compile_options(vesk_compiler INTERFACE
-    -Wno-null-dereference -Wno-maybe-uninitialized -Wno-restrict)
+    -Wno-null-dereference -Wno-maybe-uninitialized -Wno-restrict -Wno-stringop-overread)
 endif()
 if(VESK_WARNINGS_AS_ERRORS)
   target_compile_options(vesk_compiler INTERFACE -Werror)

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <limits>
 #include <optional>
 
 #include "motion/CameraPose.h"
@@ -100,8 +101,9 @@ std::optional<PixelRect> placeOnCanvas(const PixelRect& part, const CompositePla
   const glm::dvec2 high = (glm::dvec2(part.right(), part.bottom()) + filterReach) / picture;
   const std::array<glm::vec2, 4> corners{glm::vec2(low), glm::vec2(high.x, low.y), glm::vec2(high),
                                          glm::vec2(low.x, high.y)};
-  glm::dvec2 first(1);
-  glm::dvec2 last(0);
+  constexpr double unbounded = std::numeric_limits<double>::infinity();
+  glm::dvec2 first(unbounded);
+  glm::dvec2 last(-unbounded);
   for (const glm::vec2& corner : corners) {
     const auto place = motion::project(corner, plan.frame->uniforms.mvp);
     if (!place) return std::nullopt;
@@ -116,15 +118,14 @@ std::optional<PixelRect> placeOnCanvas(const PixelRect& part, const CompositePla
 CompositeDamage compositeDamage(const CompositePlan& before, const CompositePlan& now,
                                 const PictureChanges& changes, int pictureWidth,
                                 int pictureHeight) {
-  const CompositeDamage everything{.isEverything = true};
   if (before.width != now.width || before.height != now.height || before.backdrop != now.backdrop ||
       !showSameFrame(before.frame, now.frame)) {
-    return everything;
+    return CompositeDamage{.isEverything = true};
   }
   RectUnion damaged;
   if (!changes.screen.isEmpty() && now.frame) {
     const auto place = placeOnCanvas(changes.screen, now, pictureWidth, pictureHeight);
-    if (!place) return everything;
+    if (!place) return CompositeDamage{.isEverything = true};
     damaged.add(*place);
   }
   if (before.ripples != now.ripples) {
@@ -138,7 +139,7 @@ CompositeDamage compositeDamage(const CompositePlan& before, const CompositePlan
   std::vector<PixelRect> rects = damaged.take();
   double area = 0;
   for (const PixelRect& rect : rects) area += static_cast<double>(rect.width) * rect.height;
-  if (area > worthwhileShare * now.width * now.height) return everything;
+  if (area > worthwhileShare * now.width * now.height) return CompositeDamage{.isEverything = true};
   return {.isEverything = false, .rects = std::move(rects)};
 }
 

@@ -72,9 +72,10 @@ void blurLine(std::span<double> values, std::size_t first, std::size_t step, int
     const int from = std::max(index - reach, 0);
     const int to = std::min(index + reach, count - 1);
     for (int other = from; other <= to; ++other) {
+      const int weight = other - index + reach;
       line[static_cast<std::size_t>(index)] +=
           values[first + static_cast<std::size_t>(other) * step] *
-          weights[static_cast<std::size_t>(other - index + reach)];
+          weights[static_cast<std::size_t>(weight)];
     }
   }
   for (int index = 0; index < count; ++index) {
@@ -87,14 +88,14 @@ Surface blurredAlpha(cairo_surface_t* layer, double sigma) {
   cairo_surface_flush(layer);
   const int width = cairo_image_surface_get_width(layer);
   const int height = cairo_image_surface_get_height(layer);
-  const int layerStride = cairo_image_surface_get_stride(layer);
+  const std::ptrdiff_t layerStride = cairo_image_surface_get_stride(layer);
   const unsigned char* layerPixels = cairo_image_surface_get_data(layer);
   const auto columns = static_cast<std::size_t>(width);
   std::vector<double> alpha(columns * static_cast<std::size_t>(height));
   for (int y = 0; y < height; ++y) {
     for (int x = 0; x < width; ++x) {
       std::uint32_t pixel = 0;
-      std::memcpy(&pixel, layerPixels + y * layerStride + x * 4, sizeof pixel);
+      std::memcpy(&pixel, layerPixels + y * layerStride + x * std::ptrdiff_t{4}, sizeof pixel);
       alpha[static_cast<std::size_t>(y) * columns + static_cast<std::size_t>(x)] = pixel >> 24U;
     }
   }
@@ -107,7 +108,7 @@ Surface blurredAlpha(cairo_surface_t* layer, double sigma) {
   }
   Surface result(cairo_image_surface_create(CAIRO_FORMAT_A8, width, height));
   unsigned char* pixels = cairo_image_surface_get_data(result.get());
-  const int stride = cairo_image_surface_get_stride(result.get());
+  const std::ptrdiff_t stride = cairo_image_surface_get_stride(result.get());
   for (int y = 0; y < height; ++y) {
     for (int x = 0; x < width; ++x) {
       pixels[y * stride + x] = static_cast<unsigned char>(
@@ -248,7 +249,7 @@ std::optional<CursorImage> drawCursorImage(CursorStyle style) {
   cairo_surface_flush(surface.get());
   const auto* rows = reinterpret_cast<const std::byte*>(  // NOLINT: cairo gives unsigned char
       cairo_image_surface_get_data(surface.get()));
-  const int stride = cairo_image_surface_get_stride(surface.get());
+  const std::ptrdiff_t stride = cairo_image_surface_get_stride(surface.get());
   for (int y = 0; y < image.height; ++y) {
     image.pixels.insert(image.pixels.end(), rows + y * stride, rows + y * stride + image.stride());
   }

@@ -1,9 +1,19 @@
 #include "compositor/FrameLayout.h"
 
 #include <algorithm>
+#include <cmath>
 #include <glm/ext/matrix_transform.hpp>
+#include <span>
 
 namespace vesk::compositor {
+namespace {
+
+bool isFinite(const glm::mat4& matrix) {
+  const std::span<const float, 16> values(&matrix[0].x, 16);
+  return std::ranges::all_of(values, [](float value) { return std::isfinite(value); });
+}
+
+}  // namespace
 
 double videoAspect(const package::RecordingMeta* meta) {
   constexpr double fallback = 16.0 / 9.0;
@@ -47,7 +57,10 @@ std::optional<glm::mat4> frameMatrix(const package::RecordingMeta* meta,
   const glm::dmat4 model = glm::scale(glm::dmat4(1), glm::dvec3(pictureAspect, 1, 1));
   const glm::dmat4 placement(glm::dvec4(w, 0, 0, 0), glm::dvec4(0, h, 0, 0), glm::dvec4(0, 0, 1, 0),
                              glm::dvec4(2 * x + w - 1, 1 - 2 * y - h, 0, 1));
-  return glm::mat4(placement * projection * view * model);
+  const glm::mat4 matrix(placement * projection * view * model);
+  // A picture without an area can be looked at from anywhere and seen from nowhere.
+  if (!isFinite(matrix)) return std::nullopt;
+  return matrix;
 }
 
 }  // namespace vesk::compositor

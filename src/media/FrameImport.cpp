@@ -132,9 +132,9 @@ std::expected<FramePtr, int> FrameImport::converted(const AVFrame& frame) {
   const bool fromRgb = isRgb(frame);
   const bool toFullRange = isFullRange(frame) && !fromRgb;
   const int* weights = sws_getCoefficients(SWS_CS_ITU709);
-  constexpr int kUnity = 1 << 16;
+  constexpr int unity = 1 << 16;
   sws_setColorspaceDetails(scaler_.get(), weights, isFullRange(frame) ? 1 : 0, weights,
-                           toFullRange ? 1 : 0, 0, kUnity, kUnity);
+                           toFullRange ? 1 : 0, 0, unity, unity);
 
   target->format = AV_PIX_FMT_YUV420P;
   target->width = width_;

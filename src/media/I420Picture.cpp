@@ -8,19 +8,19 @@
 namespace vesk::media {
 namespace {
 
-constexpr std::align_val_t kAlignment{64};
-constexpr std::uint8_t kBlackLuma = 16;
-constexpr std::uint8_t kNeutralChroma = 128;
+constexpr std::align_val_t alignment{64};
+constexpr std::uint8_t blackLuma = 16;
+constexpr std::uint8_t neutralChroma = 128;
 
 constexpr std::ptrdiff_t alignedStride(int width) {
-  constexpr auto alignment = static_cast<std::ptrdiff_t>(kAlignment);
-  return (width + alignment - 1) / alignment * alignment;
+  constexpr auto unit = static_cast<std::ptrdiff_t>(alignment);
+  return (width + unit - 1) / unit * unit;
 }
 
 }  // namespace
 
 void I420Picture::Release::operator()(std::uint8_t* memory) const noexcept {
-  ::operator delete[](memory, kAlignment);
+  ::operator delete[](memory, alignment);
 }
 
 I420Picture::I420Picture(int width, int height) {
@@ -30,12 +30,12 @@ I420Picture::I420Picture(int width, int height) {
   const auto lumaSize = lumaStride * height;
   const auto chromaSize = chromaStride * (height / 2);
   size_ = static_cast<std::size_t>(lumaSize + 2 * chromaSize);
-  memory_.reset(static_cast<std::uint8_t*>(::operator new[](size_, kAlignment)));
+  memory_.reset(static_cast<std::uint8_t*>(::operator new[](size_, alignment)));
 
   auto* luma = memory_.get();
   auto* chroma = luma + lumaSize;
-  std::fill(luma, chroma, kBlackLuma);
-  std::fill(chroma, luma + size_, kNeutralChroma);
+  std::fill(luma, chroma, blackLuma);
+  std::fill(chroma, luma + size_, neutralChroma);
   planes_ = {Plane{luma, lumaStride, width, height},
              Plane{chroma, chromaStride, width / 2, height / 2},
              Plane{chroma + chromaSize, chromaStride, width / 2, height / 2}};

@@ -9,11 +9,11 @@
 namespace vesk::media {
 namespace {
 
-constexpr std::uint64_t kShortHeader = 8;
-constexpr std::uint64_t kLongHeader = 16;
-constexpr std::uint64_t kSizeIsLong = 1;
+constexpr std::uint64_t shortHeader = 8;
+constexpr std::uint64_t longHeader = 16;
+constexpr std::uint64_t sizeIsLong = 1;
 
-std::uint64_t bigEndian(const std::array<char, kLongHeader>& bytes, std::size_t offset,
+std::uint64_t bigEndian(const std::array<char, longHeader>& bytes, std::size_t offset,
                         std::size_t count) {
   std::uint64_t value = 0;
   for (std::size_t i = 0; i < count; ++i) {
@@ -32,16 +32,16 @@ bool endsInsideABox(const std::filesystem::path& file) {
     return false;
   }
   std::uint64_t position = 0;
-  while (position + kShortHeader <= fileSize) {
-    std::array<char, kLongHeader> header{};
+  while (position + shortHeader <= fileSize) {
+    std::array<char, longHeader> header{};
     stream.clear();
     stream.seekg(static_cast<std::streamoff>(position));
     stream.read(header.data(), header.size());
     std::uint64_t size = bigEndian(header, 0, 4);
-    if (size == kSizeIsLong) {
+    if (size == sizeIsLong) {
       size = bigEndian(header, 8, 8);
     }
-    if (size < kShortHeader) {
+    if (size < shortHeader) {
       return false;  // a box that runs to the end of the file by definition, or no box at all
     }
     if (size > fileSize - position) {

@@ -23,8 +23,8 @@ Pixel operator+(const Pixel& a, const Pixel& b) {
 std::uint8_t luma(const Pixel& pixel) {
   using namespace bt709;
   return static_cast<std::uint8_t>(
-      (kLumaBlue * pixel.blue + kLumaGreen * pixel.green + kLumaRed * pixel.red + kLumaOffset) >>
-      kShift);
+      (lumaBlue * pixel.blue + lumaGreen * pixel.green + lumaRed * pixel.red + lumaOffset) >>
+      shift);
 }
 
 }  // namespace
@@ -42,10 +42,10 @@ void convertRowPair(const RowPair& rows, int first, int last) noexcept {
     rows.lumaBottom[x + 1] = luma(bottomRight);
 
     const Pixel sum = topLeft + topRight + bottomLeft + bottomRight;
-    const int cb = kCbBlue * sum.blue + kCbGreen * sum.green + kCbRed * sum.red + kChromaOffset;
-    const int cr = kCrBlue * sum.blue + kCrGreen * sum.green + kCrRed * sum.red + kChromaOffset;
-    rows.cb[x / 2] = static_cast<std::uint8_t>(cb >> kChromaShift);
-    rows.cr[x / 2] = static_cast<std::uint8_t>(cr >> kChromaShift);
+    const int cb = cbBlue * sum.blue + cbGreen * sum.green + cbRed * sum.red + chromaOffset;
+    const int cr = crBlue * sum.blue + crGreen * sum.green + crRed * sum.red + chromaOffset;
+    rows.cb[x / 2] = static_cast<std::uint8_t>(cb >> chromaShift);
+    rows.cr[x / 2] = static_cast<std::uint8_t>(cr >> chromaShift);
   }
 }
 

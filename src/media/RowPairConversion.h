@@ -18,33 +18,33 @@ struct RowPair {
 /// sign, so that one multiply-add instruction takes two channels at once.
 namespace bt709 {
 
-inline constexpr int kShift = 15;
-inline constexpr double kRed = 0.2126;
-inline constexpr double kBlue = 0.0722;
+inline constexpr int shift = 15;
+inline constexpr double red = 0.2126;
+inline constexpr double blue = 0.0722;
 
 constexpr int fixedPoint(double value) {
-  return static_cast<int>(value * (1 << kShift) + (value < 0 ? -0.5 : 0.5));
+  return static_cast<int>(value * (1 << shift) + (value < 0 ? -0.5 : 0.5));
 }
 
-inline constexpr double kLumaSpan = 219.0 / 255;
-inline constexpr int kLumaRed = fixedPoint(kRed * kLumaSpan);
-inline constexpr int kLumaBlue = fixedPoint(kBlue * kLumaSpan);
+inline constexpr double lumaSpan = 219.0 / 255;
+inline constexpr int lumaRed = fixedPoint(red * lumaSpan);
+inline constexpr int lumaBlue = fixedPoint(blue * lumaSpan);
 // The green weights are what the others leave, so that white is exactly 235 and grey exactly 128.
-inline constexpr int kLumaGreen = fixedPoint(kLumaSpan) - kLumaRed - kLumaBlue;
+inline constexpr int lumaGreen = fixedPoint(lumaSpan) - lumaRed - lumaBlue;
 
-inline constexpr double kChromaSpan = 112.0 / 255;
-inline constexpr int kCbBlue = fixedPoint(kChromaSpan);
-inline constexpr int kCbRed = fixedPoint(-kRed / (1 - kBlue) * kChromaSpan);
-inline constexpr int kCbGreen = -kCbBlue - kCbRed;
-inline constexpr int kCrRed = fixedPoint(kChromaSpan);
-inline constexpr int kCrBlue = fixedPoint(-kBlue / (1 - kRed) * kChromaSpan);
-inline constexpr int kCrGreen = -kCrRed - kCrBlue;
+inline constexpr double chromaSpan = 112.0 / 255;
+inline constexpr int cbBlue = fixedPoint(chromaSpan);
+inline constexpr int cbRed = fixedPoint(-red / (1 - blue) * chromaSpan);
+inline constexpr int cbGreen = -cbBlue - cbRed;
+inline constexpr int crRed = fixedPoint(chromaSpan);
+inline constexpr int crBlue = fixedPoint(-blue / (1 - red) * chromaSpan);
+inline constexpr int crGreen = -crRed - crBlue;
 
 /// Black level and half a step for rounding.
-inline constexpr int kLumaOffset = (16 << kShift) + (1 << (kShift - 1));
+inline constexpr int lumaOffset = (16 << shift) + (1 << (shift - 1));
 /// Chroma is computed from the sum of four pixels, hence with two bits more.
-inline constexpr int kChromaShift = kShift + 2;
-inline constexpr int kChromaOffset = (128 << kChromaShift) + (1 << (kChromaShift - 1));
+inline constexpr int chromaShift = shift + 2;
+inline constexpr int chromaOffset = (128 << chromaShift) + (1 << (chromaShift - 1));
 
 }  // namespace bt709
 

@@ -7,9 +7,9 @@
 namespace vesk::media {
 namespace {
 
-constexpr int kPixelsPerVector = 8;
-constexpr int kVectors = 4;
-constexpr int kPixelsPerStep = kPixelsPerVector * kVectors;
+constexpr int pixelsPerVector = 8;
+constexpr int vectors = 4;
+constexpr int pixelsPerStep = pixelsPerVector * vectors;
 
 /// Pixels spread to 16-bit lanes: blue and red of one pixel side by side, green beside zero.
 struct Channels {
@@ -45,10 +45,10 @@ __m256i weigh(const Channels& channels, const Weights& by) {
 
 /// Four vectors of eight 32-bit values to the 32 bytes they hold, in order.
 void storeLuma(const __m256i* sums, std::uint8_t* target) {
-  const __m256i offset = _mm256_set1_epi32(bt709::kLumaOffset);
-  __m256i luma[kVectors];
-  for (int i = 0; i < kVectors; ++i) {
-    luma[i] = _mm256_srli_epi32(_mm256_add_epi32(sums[i], offset), bt709::kShift);
+  const __m256i offset = _mm256_set1_epi32(bt709::lumaOffset);
+  __m256i luma[vectors];
+  for (int i = 0; i < vectors; ++i) {
+    luma[i] = _mm256_srli_epi32(_mm256_add_epi32(sums[i], offset), bt709::shift);
   }
   const __m256i bytes = _mm256_packus_epi16(_mm256_packs_epi32(luma[0], luma[1]),
                                             _mm256_packs_epi32(luma[2], luma[3]));
@@ -60,11 +60,11 @@ void storeLuma(const __m256i* sums, std::uint8_t* target) {
 
 /// Four vectors of eight column sums to the 16 bytes that their neighbouring pairs make.
 void storeChroma(const __m256i* sums, std::uint8_t* target) {
-  const __m256i offset = _mm256_set1_epi32(bt709::kChromaOffset);
+  const __m256i offset = _mm256_set1_epi32(bt709::chromaOffset);
   const __m256i first = _mm256_srli_epi32(
-      _mm256_add_epi32(_mm256_hadd_epi32(sums[0], sums[1]), offset), bt709::kChromaShift);
+      _mm256_add_epi32(_mm256_hadd_epi32(sums[0], sums[1]), offset), bt709::chromaShift);
   const __m256i second = _mm256_srli_epi32(
-      _mm256_add_epi32(_mm256_hadd_epi32(sums[2], sums[3]), offset), bt709::kChromaShift);
+      _mm256_add_epi32(_mm256_hadd_epi32(sums[2], sums[3]), offset), bt709::chromaShift);
   const __m256i words = _mm256_packs_epi32(first, second);
   const __m256i bytes = _mm256_packus_epi16(words, words);
   // Each half now holds pairs of bytes of the four vectors, the lower pairs in the lower half.
@@ -77,18 +77,18 @@ void storeChroma(const __m256i* sums, std::uint8_t* target) {
 
 int convertRowPairAvx2(const RowPair& rows, int width) noexcept {
   using namespace bt709;
-  const Weights toLuma = weights(kLumaBlue, kLumaGreen, kLumaRed);
-  const Weights toCb = weights(kCbBlue, kCbGreen, kCbRed);
-  const Weights toCr = weights(kCrBlue, kCrGreen, kCrRed);
+  const Weights toLuma = weights(lumaBlue, lumaGreen, lumaRed);
+  const Weights toCb = weights(cbBlue, cbGreen, cbRed);
+  const Weights toCr = weights(crBlue, crGreen, crRed);
 
   int x = 0;
-  for (; x + kPixelsPerStep <= width; x += kPixelsPerStep) {
-    __m256i lumaTop[kVectors];
-    __m256i lumaBottom[kVectors];
-    __m256i cb[kVectors];
-    __m256i cr[kVectors];
-    for (int i = 0; i < kVectors; ++i) {
-      const int byteOffset = 4 * (x + i * kPixelsPerVector);
+  for (; x + pixelsPerStep <= width; x += pixelsPerStep) {
+    __m256i lumaTop[vectors];
+    __m256i lumaBottom[vectors];
+    __m256i cb[vectors];
+    __m256i cr[vectors];
+    for (int i = 0; i < vectors; ++i) {
+      const int byteOffset = 4 * (x + i * pixelsPerVector);
       const Channels top = load(rows.top + byteOffset);
       const Channels bottom = load(rows.bottom + byteOffset);
       lumaTop[i] = weigh(top, toLuma);

@@ -27,7 +27,7 @@ namespace fs = std::filesystem;
 using Kind = MediaError::Kind;
 
 /// A few bytes of a damaged file can ask for pictures of gigabytes; no screen comes near this.
-constexpr std::int64_t kMaximumPixels = std::int64_t{1} << 27;
+constexpr std::int64_t maximumPixels = std::int64_t{1} << 27;
 
 /// What can be told before libav opens the file, which would wait for ever on a pipe.
 std::optional<MediaError> objectionTo(const fs::path& file) {
@@ -97,7 +97,7 @@ std::expected<CodecPtr, MediaError> openDecoder(const AVStream& stream, int thre
   int status = avcodec_parameters_to_context(decoder.get(), stream.codecpar);
   if (status >= 0) {
     decoder->pkt_timebase = stream.time_base;
-    decoder->max_pixels = kMaximumPixels;
+    decoder->max_pixels = maximumPixels;
     decoder->thread_count = threads;
     status = avcodec_open2(decoder.get(), codec, nullptr);
   }

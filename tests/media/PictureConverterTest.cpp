@@ -68,7 +68,7 @@ int sample(const I420Picture& picture, std::size_t plane, int x, int y) {
 }
 
 /// Half a step of rounding and the error of the fixed-point weights.
-constexpr double kTolerance = 0.52;
+constexpr double tolerance = 0.52;
 
 void expectExact(const BgraView& view, const I420Picture& picture) {
   double worst = 0;
@@ -87,7 +87,7 @@ void expectExact(const BgraView& view, const I420Picture& picture) {
       worst = std::max(worst, std::abs(sample(picture, 2, x / 2, y / 2) - cr));
     }
   }
-  EXPECT_LE(worst, kTolerance);
+  EXPECT_LE(worst, tolerance);
 }
 
 TEST(PictureConverter, everySampleIsTheRoundedExactValue) {

@@ -19,17 +19,17 @@ using Kind = MediaError::Kind;
 using testing::ElementsAre;
 using testing::HasSubstr;
 
-constexpr int kWidth = 320;
-constexpr int kHeight = 180;
+constexpr int width = 320;
+constexpr int height = 180;
 
 VideoSettings settingsFor(Container container, int fps = 30) {
   return {
-      .container = container, .width = kWidth, .height = kHeight, .fps = fps, .bitRate = 2'000'000};
+      .container = container, .width = width, .height = height, .fps = fps, .bitRate = 2'000'000};
 }
 
 /// A pattern that moves with the index, so that every picture costs bits.
 I420Picture patternPicture(int index) {
-  I420Picture picture(kWidth, kHeight);
+  I420Picture picture(width, height);
   for (const auto& plane : picture.planes()) {
     for (int y = 0; y < plane.height; ++y) {
       for (int x = 0; x < plane.width; ++x) {
@@ -42,7 +42,7 @@ I420Picture patternPicture(int index) {
 }
 
 I420Picture flatPicture(int luma) {
-  I420Picture picture(kWidth, kHeight);
+  I420Picture picture(width, height);
   const auto& plane = picture.planes()[0];
   std::fill_n(plane.data, plane.stride * plane.height, static_cast<std::uint8_t>(luma));
   return picture;
@@ -86,8 +86,8 @@ class FileSizeLimit {
 class WithoutPrivileges {
  public:
   WithoutPrivileges() {
-    constexpr uid_t kNobody = 65534;
-    if (::geteuid() == 0 && ::seteuid(kNobody) != 0) {
+    constexpr uid_t nobody = 65534;
+    if (::geteuid() == 0 && ::seteuid(nobody) != 0) {
       std::abort();
     }
   }
@@ -115,11 +115,11 @@ INSTANTIATE_TEST_SUITE_P(Containers, VideoWriterTest,
 TEST_P(VideoWriterTest, theStreamIsWhatTheContainerPromises) {
   ASSERT_TRUE(writeMovie(file_, settingsFor(GetParam()), 10));
   const StoredMovie movie = inspect(file_);
-  constexpr int kHighProfile = 100;
-  constexpr int kHevcMainProfile = 1;
+  constexpr int highProfile = 100;
+  constexpr int hevcMainProfile = 1;
   const bool isMp4 = GetParam() == Container::mp4;
   EXPECT_EQ(movie.codec, isMp4 ? "h264" : "hevc");
-  EXPECT_EQ(movie.profile, isMp4 ? kHighProfile : kHevcMainProfile);
+  EXPECT_EQ(movie.profile, isMp4 ? highProfile : hevcMainProfile);
   EXPECT_EQ(movie.tag, isMp4 ? "avc1" : "hvc1");
   EXPECT_TRUE(movie.saysBt709);
   EXPECT_TRUE(movie.saysLimited);
@@ -185,7 +185,7 @@ TEST_P(VideoWriterTest, whatWasWrittenCanBeReadBack) {
   ASSERT_TRUE(writer->finish());
   auto reader = VideoReader::open(file_);
   ASSERT_TRUE(reader) << reader.error().message;
-  EXPECT_EQ(reader->info().width, kWidth);
+  EXPECT_EQ(reader->info().width, width);
   EXPECT_NEAR(reader->info().frameRate, 30, 1e-9);
   for (int i = 0; i < 20; ++i) {
     const auto next = reader->next();
@@ -202,7 +202,7 @@ TEST_P(VideoWriterTest, aPictureMayBeChangedAsSoonAsItIsWritten) {
   ASSERT_TRUE(writeMovie(other, settingsFor(GetParam()), 30));
   auto writer = VideoWriter::open(file_, settingsFor(GetParam()));
   ASSERT_TRUE(writer);
-  I420Picture only(kWidth, kHeight);
+  I420Picture only(width, height);
   for (int i = 0; i < 30; ++i) {
     only.copyFrom(patternPicture(i));
     ASSERT_TRUE(writer->write(only, i));
@@ -297,11 +297,11 @@ TEST_P(VideoWriterTest, foldersAndPipesAreRefusedAndStay) {
 
 TEST_P(VideoWriterTest, impossibleSizesAreRefusedBeforeTheFileIsTouched) {
   writeBytes(file_, "an older movie");
-  for (const auto& [width, height] :
+  for (const auto& [impossibleWidth, impossibleHeight] :
        {std::pair{0, 0}, {1920, 0}, {321, 180}, {-2, 180}, {40'000, 2}}) {
     VideoSettings settings = settingsFor(GetParam());
-    settings.width = width;
-    settings.height = height;
+    settings.width = impossibleWidth;
+    settings.height = impossibleHeight;
     const auto writer = VideoWriter::open(file_, settings);
     ASSERT_FALSE(writer);
     EXPECT_EQ(writer.error().kind, Kind::unsupported);

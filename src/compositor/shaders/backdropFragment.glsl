@@ -15,16 +15,15 @@ layout(location = 0) in vec2 canvas;
 layout(location = 0) out vec4 color;
 
 // In canvas heights: how far the shadow reaches, and how far it falls below the picture.
-const float shadowReach = 0.1;
-const float shadowDrop = 0.014;
+const float shadowReach = 0.075;
+const float shadowDrop = 0.022;
 
 float shadowAt(vec2 place) {
   vec2 stretch = vec2(aspect, 1.0);
   vec2 halfSize = rect.zw * 0.5 * stretch;
   vec2 fromCenter = (place - rect.xy - rect.zw * 0.5) * stretch - vec2(0.0, shadowDrop);
   float distance = roundedBoxDistance(fromCenter, halfSize, cornerRadius * rect.w);
-  float nearness = clamp(1.0 - distance / shadowReach, 0.0, 1.0);
-  return shadow * nearness * nearness * nearness;
+  return shadow * softShadow(distance, shadowReach);
 }
 
 void main() {

@@ -17,6 +17,10 @@ float roundedBoxDistance(vec2 point, vec2 halfSize, float radius) {
   return length(max(beyond, 0.0)) + min(max(beyond.x, beyond.y), 0.0) - corner;
 }
 
+// Darkness of a soft shadow at a distance from the edge of what casts it, much like that of a blur
+// twice `reach` wide: half on the edge itself, none beyond `reach`.
+float softShadow(float distance, float reach) { return 1.0 - smoothstep(-reach, reach, distance); }
+
 // Rank of a pixel in an 8×8 Bayer matrix, as a value in (0, 1) that is even over any small area.
 // A function of whole numbers, so that it comes out alike on every device.
 float orderedNoise(uvec2 pixel) {

@@ -20,9 +20,10 @@ vec3 blurredPicture() {
   vec2 detail = min(pixelsPerUnit, vec2(textureSize(frame, 0)));
   int count = clamp(int(ceil(length(streak * detail) / spacing + 0.5)), 1, taps);
   vec2 stride = streak / float(count);
-  // Moving the matrix with the frame keeps the grain of the jitter from standing still.
+  // Jitter over half the way between taps: filtering smooths the other half. Moving the matrix with
+  // the frame keeps its grain from standing still.
   uvec2 seed = uvec2(gl_FragCoord.xy) + uvec2(5u, 3u) * frameIndex;
-  float jitter = count > 1 ? orderedNoise(seed) : 0.5;
+  float jitter = count > 1 ? mix(0.25, 0.75, orderedNoise(seed)) : 0.5;
   vec2 place = picture + stride * (jitter - 0.5 * float(count));
   vec2 right = dFdx(picture);
   vec2 down = dFdy(picture);

@@ -10,5 +10,5 @@ layout(std140, binding = 0) uniform PiP {
 };
 
 // In window heights: how far the shadow reaches, and how far it falls below the window.
-const float shadowReach = 0.16;
-const float shadowDrop = 0.03;
+const float shadowReach = 0.13;
+const float shadowDrop = 0.04;

@@ -28,8 +28,7 @@ void main() {
   vec3 window = mix(picture, borderColor, rim * borderOpacity);
 
   float fall = roundedBoxDistance(local - vec2(0.0, shadowDrop), halfWindow, cornerRadius);
-  float nearness = clamp(1.0 - fall / shadowReach, 0.0, 1.0);
-  float shade = shadow * nearness * nearness * nearness * (1.0 - inside);
+  float shade = shadow * softShadow(fall, shadowReach) * (1.0 - inside);
   float alpha = inside + shade;
   color = vec4(window * inside / max(alpha, 1e-6), alpha);
 }
