@@ -1,0 +1,1 @@
+vesk_bench(export_bench SOURCES ExportBench.cpp LIBRARIES vesk::export)
