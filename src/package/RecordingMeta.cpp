@@ -73,14 +73,14 @@ std::string_view rawValue(RecordingMeta::Source source) {
   std::unreachable();
 }
 
-std::expected<RecordingMeta, PackageError> decodeRecordingMeta(std::string_view text,
+std::expected<RecordingMeta, PackageError> decodeRecordingMeta(std::string_view json,
                                                                Timestamp now) {
-  const auto json = nlohmann::json::parse(text, nullptr, /*allow_exceptions=*/false);
-  if (json.is_discarded()) return malformed("内容不是有效的 JSON");
+  const auto document = nlohmann::json::parse(json, nullptr, /*allow_exceptions=*/false);
+  if (document.is_discarded()) return malformed("内容不是有效的 JSON");
 
   RecordingMeta meta;
   meta.createdAt = now;
-  JsonFields fields(json);
+  JsonFields fields(document);
   fields.read("version", meta.version);
   fields.read("createdAt", meta.createdAt, "ISO 8601 日期", instantFromISO8601);
   fields.read("source", meta.source, "display、window 或 region", recordingSource);
