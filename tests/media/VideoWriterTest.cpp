@@ -1,12 +1,11 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-#include <sys/resource.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <csignal>
 #include <utility>
 
+#include "ProcessLimits.h"
 #include "media/TemporaryFolder.h"
 #include "media/TestMovie.h"
 #include "media/VideoReader.h"
@@ -16,6 +15,8 @@ namespace vesk::media {
 namespace {
 
 using Kind = MediaError::Kind;
+using test::FileSizeLimit;
+using test::WithoutPrivileges;
 using testing::ElementsAre;
 using testing::HasSubstr;
 
@@ -61,44 +62,6 @@ std::expected<void, MediaError> writeMovie(const std::filesystem::path& file,
   }
   return writer->finish();
 }
-
-/// Files of this process cannot grow over `bytes` while this lives.
-class FileSizeLimit {
- public:
-  explicit FileSizeLimit(rlim_t bytes) : previousHandler_(std::signal(SIGXFSZ, SIG_IGN)) {
-    ::getrlimit(RLIMIT_FSIZE, &previous_);
-    const rlimit limited{bytes, previous_.rlim_max};
-    ::setrlimit(RLIMIT_FSIZE, &limited);
-  }
-  FileSizeLimit(const FileSizeLimit&) = delete;
-  FileSizeLimit& operator=(const FileSizeLimit&) = delete;
-  ~FileSizeLimit() {
-    ::setrlimit(RLIMIT_FSIZE, &previous_);
-    std::signal(SIGXFSZ, previousHandler_);
-  }
-
- private:
-  rlimit previous_{};
-  void (*previousHandler_)(int);
-};
-
-/// For root no folder is closed, so root becomes somebody else while this lives.
-class WithoutPrivileges {
- public:
-  WithoutPrivileges() {
-    constexpr uid_t nobody = 65534;
-    if (::geteuid() == 0 && ::seteuid(nobody) != 0) {
-      std::abort();
-    }
-  }
-  WithoutPrivileges(const WithoutPrivileges&) = delete;
-  WithoutPrivileges& operator=(const WithoutPrivileges&) = delete;
-  ~WithoutPrivileges() {
-    if (::seteuid(::getuid()) != 0) {
-      std::abort();
-    }
-  }
-};
 
 class VideoWriterTest : public testing::TestWithParam<Container> {
  protected:
