@@ -4,6 +4,10 @@
 
 namespace vesk::compositor {
 
+double cameraAspect(int width, int height) {
+  return height < 1 ? 16.0 / 9 : static_cast<double>(width) / height;
+}
+
 PiPUniforms pipUniforms(const package::PiPSettings& settings, double cameraAspect, int width,
                         int height) {
   const bool isCircle = settings.shape == package::PiPSettings::Shape::circle;

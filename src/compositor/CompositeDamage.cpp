@@ -39,8 +39,8 @@ PixelRect bounds(const RippleInstance& ripple, const CompositePlan& plan) {
 }
 
 PixelRect bounds(const PiPUniforms& camera, const CompositePlan& plan) {
-  // Window heights beyond the window that the vertex shader gives to border and shadow.
-  constexpr double room = 0.2;
+  // Window heights beyond the window that the vertex shader gives to the edge and the shadow.
+  const double room = camera.shadow > 0 ? 0.18 : 0.01;
   const glm::dvec2 reach =
       glm::dvec2(camera.halfSize) +
       2.0 * camera.halfSize.y * room * glm::dvec2(1 / static_cast<double>(camera.aspect), 1);

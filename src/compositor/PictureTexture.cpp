@@ -72,7 +72,6 @@ std::expected<PixelRect, gpu::GpuError> PictureTexture::show(const gpu::Device& 
                                                              gpu::UniformBuffers& uniforms) {
   PixelRect changed{0, 0, frame.width, frame.height};
   if (!storageFits(frame)) {
-    storage_.reset();
     auto storage = allocate(device, frame);
     if (!storage) return std::unexpected(storage.error());
     storage_ = std::move(*storage);

@@ -20,7 +20,7 @@ class PictureTexture {
  public:
   static std::expected<PictureTexture, gpu::GpuError> create();
 
-  /// Makes `frame` the picture.
+  /// Makes `frame` the picture; a failure leaves the one before.
   /// @return the pixels that differ from the picture before; empty when it was the same.
   std::expected<gpu::PixelRect, gpu::GpuError> show(const gpu::Device& device,
                                                     const media::VideoFrame& frame,

@@ -5,6 +5,8 @@
 #include <string_view>
 #include <utility>
 
+#include "compositor/CameraClock.h"
+#include "compositor/CameraOverlay.h"
 #include "compositor/CursorImage.h"
 #include "compositor/RippleOverlay.h"
 #include "package/Log.h"
@@ -77,19 +79,28 @@ PreviewRenderer::PreviewRenderer(const gpu::Device& device, Pipelines pipelines,
       screen_(std::move(screen)),
       camera_(std::move(camera)) {}
 
+void PreviewRenderer::bind(std::shared_ptr<const package::RecordingProject> project) {
+  project_ = std::move(project);
+  cursorTrack_ = motion::CursorTrack(*project_);
+  cameraOffset_ = cameraOffset(project_->meta);
+  cameraReader_.reset();
+  cameraVisibleFrom_ = 0;
+  screen_.clear();
+  camera_.clear();
+  showsCamera_ = false;
+}
+
 void PreviewRenderer::load(std::shared_ptr<const package::RecordingProject> project) {
-  loadForExport(std::move(project));
+  bind(std::move(project));
   package::log(package::LogCategory::render)
       .info("renderer loaded {} clicks={}", project_->url.filename().string(),
             project_->clicks.size());
 }
 
 void PreviewRenderer::loadForExport(std::shared_ptr<const package::RecordingProject> project) {
-  project_ = std::move(project);
-  cursorTrack_ = motion::CursorTrack(*project_);
-  screen_.clear();
-  camera_.clear();
-  showsCamera_ = false;
+  bind(std::move(project));
+  cameraVisibleFrom_ = cameraVisibleFrom(project_->meta);
+  if (const auto camera = project_->cameraURL()) cameraReader_.emplace(*camera);
 }
 
 std::expected<std::unique_ptr<PreviewRenderer>, gpu::GpuError> PreviewRenderer::exportClone(
@@ -118,11 +129,30 @@ std::expected<gpu::PixelRect, gpu::GpuError> PreviewRenderer::showScreen(
 
 std::expected<bool, gpu::GpuError> PreviewRenderer::showCamera(
     const std::optional<media::VideoFrame>& frame) {
-  const bool showed = std::exchange(showsCamera_, frame.has_value());
-  if (!frame) return showed;
+  if (!frame) return std::exchange(showsCamera_, false);
   const auto changed = camera_.show(device_, *frame, uniforms_);
   if (!changed) return std::unexpected(changed.error());
-  return !showed || !changed->isEmpty();
+  return !std::exchange(showsCamera_, true) || !changed->isEmpty();
+}
+
+double PreviewRenderer::cameraTime(double time) const {
+  return compositor::cameraTime(time, cameraOffset_);
+}
+
+bool PreviewRenderer::showsCameraAt(double time) const {
+  return settings.pip.enabled && cameraVisibleFrom_ <= time;
+}
+
+bool PreviewRenderer::advanceCamera(double time) {
+  // Nothing is read for a window that is not drawn.
+  if (!cameraReader_ || !showsCameraAt(time)) return false;
+  const std::optional<media::VideoFrame>& frame = cameraReader_->frame(cameraTime(time));
+  if (!frame) return false;
+  const auto changed = showCamera(frame);
+  if (!changed) {
+    package::log(package::LogCategory::render).error("camera: {}", changed.error().message);
+  }
+  return changed.value_or(false);
 }
 
 CompositePlan PreviewRenderer::plan(const motion::CameraPose& pose,
@@ -134,8 +164,8 @@ CompositePlan PreviewRenderer::plan(const motion::CameraPose& pose,
                        .pictureWidth = screen_.width(),
                        .pictureHeight = screen_.height(),
                        .cameraAspect = std::nullopt};
-  if (showsCamera_) {
-    scene.cameraAspect = static_cast<double>(camera_.width()) / camera_.height();
+  if (showsCamera_ && showsCameraAt(time)) {
+    scene.cameraAspect = cameraAspect(camera_.width(), camera_.height());
   }
   return planComposite(scene, pose, previousPose, time, rect, width, height);
 }

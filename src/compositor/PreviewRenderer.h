@@ -5,6 +5,7 @@
 #include <memory>
 #include <optional>
 
+#include "compositor/CameraFrameReader.h"
 #include "compositor/CompositePlan.h"
 #include "compositor/CompositeSettings.h"
 #include "compositor/FrameLayout.h"
@@ -33,7 +34,8 @@ class PreviewRenderer {
   bool isPlaying = false;
   double currentTime = 0;  ///< seconds on the recording's clock
 
-  /// Binds the renderer to a recording for the preview and forgets the pictures shown.
+  /// Binds the renderer to a recording for the preview and forgets the pictures shown. The camera's
+  /// pictures come through showCamera(), and its window shows from the first moment.
   void load(std::shared_ptr<const package::RecordingProject> project);
 
   /// A renderer on `device` with a copy of the settings, bound to `project`; it shares nothing
@@ -41,7 +43,8 @@ class PreviewRenderer {
   std::expected<std::unique_ptr<PreviewRenderer>, gpu::GpuError> exportClone(
       const gpu::Device& device, std::shared_ptr<const package::RecordingProject> project) const;
 
-  /// Binds a clone to a recording.
+  /// Binds a clone to a recording. The camera's pictures come through advanceCamera(), and its
+  /// window stays hidden until they have light in them.
   void loadForExport(std::shared_ptr<const package::RecordingProject> project);
 
   const package::RecordingProject* project() const { return project_.get(); }
@@ -62,6 +65,14 @@ class PreviewRenderer {
   /// Makes `frame` the camera's picture; nothing takes the camera's window away.
   /// @return whether the picture differs from the one shown before.
   std::expected<bool, gpu::GpuError> showCamera(const std::optional<media::VideoFrame>& frame);
+
+  /// For a clone: reads on in "camera.mov" to the picture for `time`, which must not fall from call
+  /// to call. A picture that cannot be had leaves the one before.
+  /// @return whether the picture differs from the one shown before.
+  bool advanceCamera(double time);
+
+  /// The time in "camera.mov" that belongs to `time` on the recording's clock.
+  double cameraTime(double time) const;
 
   bool hasScreen() const { return !screen_.isEmpty(); }
   int pictureWidth() const { return screen_.width(); }
@@ -96,6 +107,8 @@ class PreviewRenderer {
                   PictureTexture camera);
   static std::expected<Pipelines, gpu::GpuError> buildPipelines();
 
+  void bind(std::shared_ptr<const package::RecordingProject> project);
+  bool showsCameraAt(double time) const;
   void rebuildCursorTexture();
   void drawBackdrop(gpu::RenderPass& pass, const BackdropUniforms& backdrop);
   void drawFrame(gpu::RenderPass& pass, const CompositePlan& plan);
@@ -109,7 +122,10 @@ class PreviewRenderer {
   PictureTexture screen_;
   PictureTexture camera_;
   bool showsCamera_ = false;
-  std::optional<gpu::Texture> cursorTexture_;  ///< nothing when it could not be made
+  std::optional<CameraFrameReader> cameraReader_;  ///< of a clone
+  double cameraOffset_ = 0;                        ///< see CameraClock.h
+  double cameraVisibleFrom_ = 0;                   ///< seconds on the recording's clock
+  std::optional<gpu::Texture> cursorTexture_;      ///< nothing when it could not be made
   package::CursorStyle cursorStyle_ = package::CursorStyle::arrow;  ///< of cursorTexture_
   std::shared_ptr<const package::RecordingProject> project_;
   motion::CursorTrack cursorTrack_;

@@ -5,10 +5,10 @@
 #include <system_error>
 #include <utility>
 
-#include "export/ReadAhead.h"
 #include "export/RenderLoop.h"
 #include "export/SourceFrames.h"
 #include "export/WriteBehind.h"
+#include "media/ReadAhead.h"
 #include "media/VideoReader.h"
 #include "media/VideoWriter.h"
 #include "package/Log.h"
@@ -88,7 +88,7 @@ std::expected<ExportStatistics, ExportError> ExportRenderer::exportMovie(
   if (!writer) return std::unexpected(writerError(writer.error()));
   log.info("export start {}x{}@{} bitrate={}", video.width, video.height, video.fps, video.bitRate);
 
-  ReadAhead pictures(std::move(*reader));
+  media::ReadAhead pictures(std::move(*reader));
   WriteBehind movie(std::move(*writer));
   SourceFrames source([&] { return pictures.next(); });
   RenderLoop loop(device_, *renderer_, redraw_,

@@ -54,6 +54,7 @@ std::expected<ExportStatistics, ExportError> RenderLoop::run(const Grid& grid, S
     if (!*picture) continue;
     const auto changed = renderer_.showScreen(**picture);
     if (!changed) return std::unexpected(textureFailure(changed.error()));
+    const bool cameraChanged = renderer_.advanceCamera(time);
 
     const motion::CameraPose pose = renderer_.pose(time);
     // A stored movie always plays, so its motion is blurred whatever the preview does.
@@ -61,8 +62,8 @@ std::expected<ExportStatistics, ExportError> RenderLoop::run(const Grid& grid, S
         renderer_.settings.motionBlurEnabled ? renderer_.pose(std::max(time - 1 / fps, 0.0)) : pose;
     const compositor::CompositePlan plan =
         renderer_.plan(pose, previousPose, time, rect, grid.width, grid.height);
-    const CompositeDamage damage =
-        target->draw(renderer_, plan, {.screen = *changed}, clearColor, redraw_);
+    const CompositeDamage damage = target->draw(
+        renderer_, plan, {.screen = *changed, .camera = cameraChanged}, clearColor, redraw_);
     if (!sink(download->download(target->texture(), target->framebuffer(), damage,
                                  renderer_.uniformBuffers()))) {
       return statistics;

@@ -5,7 +5,7 @@
 #include <memory>
 #include <thread>
 
-#include "export/BoundedQueue.h"
+#include "media/BoundedQueue.h"
 #include "media/I420Picture.h"
 #include "media/VideoWriter.h"
 
@@ -33,7 +33,7 @@ class WriteBehind {
   void encodeAll();
 
   media::VideoWriter writer_;
-  BoundedQueue<std::shared_ptr<const media::I420Picture>> pictures_;
+  media::BoundedQueue<std::shared_ptr<const media::I420Picture>> pictures_;
   Outcome outcome_;  ///< written by the thread, read after it has been joined
   std::jthread thread_;
 };

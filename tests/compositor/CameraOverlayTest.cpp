@@ -38,6 +38,11 @@ TEST(CameraOverlay, carriesTheSettings) {
   EXPECT_EQ(pipUniforms({}, 1.5, 1600, 800).mirrored, 1);
 }
 
+TEST(CameraOverlay, aPictureWithoutHeightCountsAsWide) {
+  EXPECT_DOUBLE_EQ(cameraAspect(640, 0), 16.0 / 9);
+  EXPECT_DOUBLE_EQ(cameraAspect(640, 480), 4.0 / 3);
+}
+
 TEST(CameraOverlay, aCanvasWithoutHeightIsNoFault) {
   EXPECT_EQ(pipUniforms({}, 1.5, 100, 0).aspect, 100);
 }

@@ -196,6 +196,26 @@ TEST(CompositeDamage, aNewCameraPictureTouchesTheWindow) {
   EXPECT_TRUE(damage(plain(), plain(), {.camera = true}).isNothing()) << "no window, no change";
 }
 
+TEST(CompositeDamage, aNewCameraPictureTouchesNothingBeyondTheWindowAndItsShadow) {
+  constexpr double side = 0.25 * height;  // of a round window
+  const auto touched = [](double shadow) {
+    CompositeSettings settings;
+    settings.pip.size = 0.25;
+    settings.pip.center = {0.5F, 0.5F};
+    settings.pip.shadow = shadow;
+    const CompositePlan plan = planOf(settings, {}, {});
+    return damage(plan, plan, {.camera = true});
+  };
+  const CompositeDamage bare = touched(0);
+  ASSERT_THAT(bare.rects, SizeIs(1));
+  EXPECT_NEAR(bare.rects[0].width, side, 8);
+  EXPECT_NEAR(bare.rects[0].height, side, 8);
+  const CompositeDamage shaded = touched(0.5);
+  ASSERT_THAT(shaded.rects, SizeIs(1));
+  EXPECT_GT(shaded.rects[0].height, side * 1.3);
+  EXPECT_LT(shaded.rects[0].height, side * 1.4);
+}
+
 TEST(CompositeDamage, almostEverythingIsEverything) {
   EXPECT_TRUE(damage(plain(), plain(), {.screen = {0, 0, 1200, 700}}).isEverything);
   EXPECT_FALSE(damage(plain(), plain(), {.screen = {0, 0, 600, 700}}).isEverything);

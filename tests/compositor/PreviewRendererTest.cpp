@@ -3,6 +3,8 @@
 #include "compositor/PreviewRenderer.h"
 #include "compositor/TestPicture.h"
 #include "gpu/GpuTest.h"
+#include "media/TemporaryFolder.h"
+#include "media/TestMovie.h"
 
 namespace vesk::compositor {
 namespace {
@@ -225,6 +227,80 @@ TEST_F(PreviewRendererTest, tellsWhatChangedInThePictures) {
   EXPECT_TRUE(take(renderer().showCamera(std::nullopt))) << "the window goes";
   EXPECT_FALSE(take(renderer().showCamera(std::nullopt)));
   EXPECT_TRUE(take(renderer().showCamera(picture))) << "the window comes back";
+}
+
+/// A take whose camera started 2 s after the screen and saw light 0.5 s later.
+class CameraOfAClone : public PreviewRendererTest {
+ protected:
+  std::shared_ptr<const package::RecordingProject> cameraTake(bool withCamera = true) {
+    if (withCamera) {
+      media::makeMovie(folder_ / "camera.mov",
+                       {.ticksPerSecond = 10, .ticks = media::evenTicks(20, 1)});
+    }
+    package::RecordingMeta meta;
+    meta.captureWidth = width;
+    meta.captureHeight = height;
+    meta.firstFramePTS = 100;
+    meta.cameraFirstFramePTS = 102;
+    meta.cameraFirstLitPTS = 102.5;
+    return test::shared(package::RecordingProject::make(folder_.path(), meta, {}));
+  }
+  bool showsWindow(double time) {
+    return renderer().plan({}, {}, time, {}, width, height).camera.has_value();
+  }
+
+ private:
+  media::TemporaryFolder folder_;
+};
+
+TEST_F(CameraOfAClone, showsFromTheFirstLightOn) {
+  renderer().loadForExport(cameraTake());
+  EXPECT_FALSE(renderer().advanceCamera(1));
+  EXPECT_FALSE(showsWindow(1)) << "before the camera started";
+  EXPECT_FALSE(renderer().advanceCamera(2.4));
+  EXPECT_FALSE(showsWindow(2.4)) << "while it was dark";
+  EXPECT_TRUE(renderer().advanceCamera(2.5));
+  EXPECT_TRUE(showsWindow(2.5));
+}
+
+TEST_F(CameraOfAClone, changesOnlyWhenTheCameraHasAnotherPicture) {
+  renderer().loadForExport(cameraTake());
+  EXPECT_TRUE(renderer().advanceCamera(2.51));
+  EXPECT_FALSE(renderer().advanceCamera(2.55)) << "the same picture at ten a second";
+  EXPECT_TRUE(renderer().advanceCamera(2.62));
+  EXPECT_TRUE(renderer().advanceCamera(60)) << "the last one";
+  EXPECT_FALSE(renderer().advanceCamera(61));
+  EXPECT_TRUE(showsWindow(61)) << "it stands after the end";
+}
+
+TEST_F(CameraOfAClone, aWindowThatIsOffIsNotRead) {
+  renderer().loadForExport(cameraTake());
+  renderer().settings.pip.enabled = false;
+  EXPECT_FALSE(renderer().advanceCamera(3));
+  EXPECT_FALSE(showsWindow(3));
+}
+
+TEST_F(CameraOfAClone, withoutACameraThereIsNoWindow) {
+  renderer().loadForExport(cameraTake(false));
+  EXPECT_FALSE(renderer().advanceCamera(3));
+  EXPECT_FALSE(showsWindow(3));
+}
+
+TEST_F(CameraOfAClone, thePreviewShowsTheWindowFromTheFirstMoment) {
+  renderer().load(cameraTake());
+  EXPECT_FALSE(renderer().advanceCamera(3)) << "its pictures come from the player";
+  take(renderer().showCamera(test::smoothPicture(64, 48)));
+  EXPECT_TRUE(showsWindow(0));
+  EXPECT_EQ(renderer().cameraTime(1), 0);
+  EXPECT_EQ(renderer().cameraTime(5), 3);
+}
+
+TEST_F(CameraOfAClone, anotherRecordingBringsItsOwnCamera) {
+  renderer().loadForExport(cameraTake());
+  EXPECT_TRUE(renderer().advanceCamera(3));
+  renderer().loadForExport(project());
+  EXPECT_FALSE(showsWindow(3));
+  EXPECT_FALSE(renderer().advanceCamera(3));
 }
 
 TEST_F(PreviewRendererTest, thePreviewOfARecordingWithoutAreaIsNoFault) {

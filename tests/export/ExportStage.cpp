@@ -26,6 +26,7 @@ compositor::CompositeSettings settingsFor(const package::RecordingProject& proje
   compositor::CompositeSettings settings;
   settings.camera3D.enabled = look.perspective;
   settings.frameStyle.enabled = look.framed;
+  settings.pip.shadow = look.cameraShadow;
   settings.cameraTrack = motion::buildTrack(
       motion::combinedSegments(project, motion::Sensitivity::standard, true),
       motion::CursorTrack(project), project.duration(), settings.camera3D, settings.transitionEase);

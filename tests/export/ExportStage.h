@@ -22,6 +22,7 @@ namespace vesk::exporting {
 struct Look {
   bool perspective = false;
   bool framed = false;
+  double cameraShadow = 0;
 };
 
 /// The settings of a default session with this look, the camera track built.

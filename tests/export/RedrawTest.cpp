@@ -79,6 +79,7 @@ constexpr auto* tour = VESK_SAMPLE_TAKE;
 constexpr auto* marks = VESK_MARKS_TAKE;
 constexpr Look flat{};
 constexpr Look flatFramed{.framed = true};
+constexpr Look withShadow{.cameraShadow = 0.6};
 constexpr Look perspective{.perspective = true};
 constexpr Look perspectiveFramed{.perspective = true, .framed = true};
 constexpr auto onGraphics = PictureDownload::Conversion::onGraphics;
@@ -93,6 +94,8 @@ INSTANTIATE_TEST_SUITE_P(
 
 INSTANTIATE_TEST_SUITE_P(InFullSize, Redrawing,
                          testing::Values(Passage{"tourFlat", tour, flat, 3, 75, 1920, 1080},
+                                         Passage{"tourCameraWithShadow", tour, withShadow, 1, 60,
+                                                 1920, 1080},
                                          Passage{"tourFramed", tour, flatFramed, 6, 60, 1920, 1080},
                                          Passage{"marksFlat", marks, flat, 1.5, 60, 2560, 1440},
                                          Passage{"tourInPerspectiveConvertedOnGraphics", tour,

@@ -4,17 +4,17 @@
 #include <optional>
 #include <thread>
 
-#include "export/BoundedQueue.h"
+#include "media/BoundedQueue.h"
 #include "media/VideoReader.h"
 
-namespace vesk::exporting {
+namespace vesk::media {
 
 /// Decodes a movie on a thread of its own, a few pictures ahead of whoever asks.
 class ReadAhead {
  public:
-  using Picture = std::expected<std::optional<media::VideoFrame>, media::MediaError>;
+  using Picture = std::expected<std::optional<VideoFrame>, MediaError>;
 
-  explicit ReadAhead(media::VideoReader reader);
+  explicit ReadAhead(VideoReader reader);
   ReadAhead(const ReadAhead&) = delete;
   ReadAhead& operator=(const ReadAhead&) = delete;
   ~ReadAhead();
@@ -29,4 +29,4 @@ class ReadAhead {
   std::jthread thread_;
 };
 
-}  // namespace vesk::exporting
+}  // namespace vesk::media

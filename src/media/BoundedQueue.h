@@ -7,7 +7,7 @@
 #include <optional>
 #include <utility>
 
-namespace vesk::exporting {
+namespace vesk::media {
 
 /// Hands values in order from one thread to another and makes the faster of the two wait.
 template <typename Value>
@@ -53,4 +53,4 @@ class BoundedQueue {
   bool closed_ = false;
 };
 
-}  // namespace vesk::exporting
+}  // namespace vesk::media

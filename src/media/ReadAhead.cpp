@@ -1,8 +1,8 @@
-#include "export/ReadAhead.h"
+#include "media/ReadAhead.h"
 
 #include <utility>
 
-namespace vesk::exporting {
+namespace vesk::media {
 namespace {
 
 // Enough to even out the cost of key frames; more would only hold memory.
@@ -14,7 +14,7 @@ bool isLast(const ReadAhead::Picture& picture) {
 
 }  // namespace
 
-ReadAhead::ReadAhead(media::VideoReader reader)
+ReadAhead::ReadAhead(VideoReader reader)
     : pictures_(picturesAhead), thread_([this, reader = std::move(reader)]() mutable {
         for (bool goesOn = true; goesOn;) {
           Picture picture = reader.next();
@@ -38,4 +38,4 @@ ReadAhead::Picture ReadAhead::next() {
   return picture;
 }
 
-}  // namespace vesk::exporting
+}  // namespace vesk::media
