@@ -105,9 +105,15 @@ void PreviewRenderer::loadForExport(std::shared_ptr<const package::RecordingProj
 
 std::expected<std::unique_ptr<PreviewRenderer>, gpu::GpuError> PreviewRenderer::exportClone(
     const gpu::Device& device, std::shared_ptr<const package::RecordingProject> project) const {
+  return createForExport(device, settings, std::move(project));
+}
+
+std::expected<std::unique_ptr<PreviewRenderer>, gpu::GpuError> PreviewRenderer::createForExport(
+    const gpu::Device& device, CompositeSettings settings,
+    std::shared_ptr<const package::RecordingProject> project) {
   auto clone = create(device);
   if (!clone) return clone;
-  (*clone)->settings = settings;
+  (*clone)->settings = std::move(settings);
   (*clone)->loadForExport(std::move(project));
   return clone;
 }

@@ -43,6 +43,12 @@ class PreviewRenderer {
   std::expected<std::unique_ptr<PreviewRenderer>, gpu::GpuError> exportClone(
       const gpu::Device& device, std::shared_ptr<const package::RecordingProject> project) const;
 
+  /// The same for settings that were copied before: a clone for another thread than this
+  /// renderer's.
+  static std::expected<std::unique_ptr<PreviewRenderer>, gpu::GpuError> createForExport(
+      const gpu::Device& device, CompositeSettings settings,
+      std::shared_ptr<const package::RecordingProject> project);
+
   /// Binds a clone to a recording. The camera's pictures come through advanceCamera(), and its
   /// window stays hidden until they have light in them.
   void loadForExport(std::shared_ptr<const package::RecordingProject> project);
