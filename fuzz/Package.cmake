@@ -4,3 +4,6 @@ vesk_fuzz(meta
 vesk_fuzz(events
   SOURCES EventsFuzz.cpp
   LIBRARIES vesk::package)
+vesk_fuzz(edit
+  SOURCES EditFuzz.cpp
+  LIBRARIES vesk::motion)

@@ -2,6 +2,8 @@
 
 #include <fmt/format.h>
 
+#include <utility>
+
 #include "motion/ReportText.h"
 
 namespace vesk::app {
@@ -17,14 +19,29 @@ SelfCheck::SelfCheck(std::string_view title)
     : text_(fmt::format("{0}\n{1}\n{0}\n", motion::ruler(), title)) {}
 
 void SelfCheck::step(std::string_view name, const std::vector<std::string>& failures) {
+  const bool holds = failures.empty();
   ++steps_;
-  text_ += fmt::format("{}{}\n", mark(failures.empty()), name);
+  passed_ += holds ? 1 : 0;
+  result(holds, name);
   for (const std::string& failure : failures) {
-    text_ += fmt::format("      {}\n", failure);
+    line("      " + failure);
   }
-  if (!failures.empty()) {
-    failed_.emplace_back(name);
+  if (!holds) {
+    collect(std::string(name));
   }
+}
+
+void SelfCheck::line(std::string_view text) {
+  text_ += text;
+  text_ += '\n';
+}
+
+void SelfCheck::result(bool holds, std::string_view text) {
+  line(fmt::format("{}{}", mark(holds), text));
+}
+
+void SelfCheck::collect(std::string failure) {
+  failed_.push_back(std::move(failure));
 }
 
 CheckOutcome SelfCheck::finish(std::string_view verdict) const {

@@ -5,9 +5,12 @@
 #include <array>
 
 #include "app/CameraCheck.h"
+#include "app/DecodeResilienceCheck.h"
 #include "app/DumpEffects.h"
+#include "app/ExportCloneCheck.h"
 #include "app/ExportCommand.h"
 #include "app/PairingCheck.h"
+#include "app/PersistCheck.h"
 
 namespace vesk::app {
 namespace {
@@ -21,13 +24,28 @@ int testPairing(const CommandContext& context) {
   return printOutcome(context, checkPairing(context.now));
 }
 
+int testDecodeResilience(const CommandContext& context) {
+  return printOutcome(context, checkDecodeResilience(context.now));
+}
+
 int testCamera(const CommandContext& context) {
   return printOutcome(context, checkCamera(context.pictureLayout));
 }
 
+int testExportClone(const CommandContext& context) {
+  return printOutcome(context, checkExportClone(context.now));
+}
+
+int testPersistence(const CommandContext& context) {
+  return printOutcome(context, checkPersistence(context.now));
+}
+
 constexpr std::array allCommands{
     Command{.flag = "--test-pairing", .needsValue = false, .run = testPairing},
+    Command{.flag = "--test-decode-resilience", .needsValue = false, .run = testDecodeResilience},
     Command{.flag = "--test-camera", .needsValue = false, .run = testCamera},
+    Command{.flag = "--test-export-clone", .needsValue = false, .run = testExportClone},
+    Command{.flag = "--test-persist", .needsValue = false, .run = testPersistence},
     Command{.flag = "--export", .needsValue = true, .run = exportMovie},
     Command{.flag = "--dump-effects", .needsValue = false, .run = dumpEffects},
 };

@@ -10,8 +10,8 @@
 #include "app/CommandContext.h"
 #include "app/RendererLayout.h"
 #include "app/VeskCLI.h"
+#include "package/LibraryRoot.h"
 #include "package/Log.h"
-#include "package/RecordingLibrary.h"
 #include "package/UserDefaults.h"
 
 namespace {

@@ -15,8 +15,9 @@
 #include <vector>
 
 #include "export/TemporaryFile.h"
+#include "media/PictureDuration.h"
 #include "media/SoundTrackInfo.h"
-#include "media/VideoReader.h"
+#include "package/FileError.h"
 #include "package/Log.h"
 #include "package/PackageFile.h"
 
@@ -45,8 +46,7 @@ spdlog::logger& exportLog() {
 }
 
 float usedGain(double gain) {
-  return std::isnan(gain) ? 1.0F
-                          : static_cast<float>(std::clamp(gain, 0.0, double{strongestGain}));
+  return std::isnan(gain) ? 1.0F : static_cast<float>(std::clamp(gain, 0.0, double{strongestGain}));
 }
 
 /// How long after the first picture the narration starts, in seconds.
@@ -169,28 +169,32 @@ std::expected<void, ExportError> AudioMux::muxInto(TemporaryFile& file,
   return failure(outcome.error().message);
 }
 
-/// Lets a new file be on the disk before it takes an older one's place.
-std::error_code flushToDisk(const fs::path& file) {
+/// Lets a new file be on the disk before it takes an older one's place. 0 or an errno value.
+int flushToDisk(const fs::path& file) {
   const int descriptor = ::open(file.c_str(), O_RDONLY | O_CLOEXEC);
-  const bool isFlushed = descriptor >= 0 && ::fsync(descriptor) == 0;
-  const std::error_code error(isFlushed ? 0 : errno, std::generic_category());
-  if (descriptor >= 0) ::close(descriptor);
-  return error;
+  if (descriptor < 0) return errno;
+  const int code = ::fsync(descriptor) == 0 ? 0 : errno;
+  ::close(descriptor);
+  return code;
 }
 
 std::expected<void, ExportError> AudioMux::replaceVideo(TemporaryFile& file) const {
   std::error_code ignored;
   fs::permissions(file.path(), fs::status(video_, ignored).permissions(), ignored);
-  if (const std::error_code error = flushToDisk(file.path())) return failure(error.message());
+  if (const int code = flushToDisk(file.path()); code != 0) {
+    return failure(package::causeInWords(code));
+  }
   std::error_code error;
   fs::rename(file.path(), video_, error);
   file.keep();
   if (!error) return {};
-  return failure(fmt::format("带声音的影片留在 “{}”：{}", file.path().filename().string(), error.message()));
+  return failure(fmt::format("{}，带声音的影片留在 “{}”", package::causeInWords(error.value()),
+                             file.path().filename().string()));
 }
 
 std::string AudioMux::gainText() const {
   std::vector<std::string> entries;
+  entries.reserve(tracks_.size());
   for (const Track& track : tracks_) entries.push_back(fmt::format("{}:{}", track.id, track.gain));
   return fmt::format("{}", fmt::join(entries, " "));
 }
@@ -214,10 +218,10 @@ std::expected<void, ExportError> muxAudio(const package::RecordingProject& proje
   std::error_code error;
   const fs::path video = fs::canonical(videoURL, error);
   if (error) return {};
-  const auto picture = media::VideoReader::open(video, 1);
-  if (!picture) return {};
+  const auto duration = media::pictureDuration(video);
+  if (!duration) return {};
 
-  AudioMux mux(operations, video, picture->info().duration, containerOf(format));
+  AudioMux mux(operations, video, *duration, containerOf(format));
   if (system) mux.addSystemSound(*screen, *system, gains.system);
   if (mic) mux.addNarration(*mic, project.meta, gains.mic);
   return mux.run();

@@ -5,6 +5,7 @@
 #include <system_error>
 #include <utility>
 
+#include "export/AudioMux.h"
 #include "export/RenderLoop.h"
 #include "export/SourceFrames.h"
 #include "export/WriteBehind.h"
@@ -99,6 +100,11 @@ std::expected<ExportStatistics, ExportError> ExportRenderer::exportMovie(
   if (!statistics) return statistics;
   if (const auto finished = movie.finish(); !finished) {
     return std::unexpected(writerError(finished.error()));
+  }
+  const auto& style = renderer_->settings;
+  const AudioGains gains{.system = style.systemVolume, .mic = style.micVolume};
+  if (auto sounding = muxAudio(project, to, settings.format, gains); !sounding) {
+    return std::unexpected(std::move(sounding.error()));
   }
   progress(1.0);
   log.info("export done frames={} → {}", statistics->frames, to.filename().string());

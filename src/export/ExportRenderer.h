@@ -30,8 +30,9 @@ class ExportRenderer {
   ExportRenderer(const gpu::Device& device, std::unique_ptr<compositor::PreviewRenderer> renderer,
                  Redraw redraw = Redraw::changed);
 
-  /// Writes the movie to `to`, replacing a file of that name. After a failure or a cancellation no
-  /// partial file is left.
+  /// Writes the movie to `to`, replacing a file of that name, and puts the sound in (see muxAudio).
+  /// After a failure or a cancellation no partial file is left; when only the sound failed, the
+  /// silent movie is.
   /// @param progress gets the share that is done, 0…1, every ten frames, and 1 at the very end;
   /// called on the calling thread.
   std::expected<ExportStatistics, ExportError> exportMovie(const package::RecordingProject& project,
@@ -39,7 +40,7 @@ class ExportRenderer {
                                                            const std::filesystem::path& to,
                                                            const Progress& progress);
 
-  /// Ends the export soon with `cancelled`. May be called from any thread, and from a signal
+  /// Ends the export soon with `cancelled`, unless the picture is already complete. May be called from any thread, and from a signal
   /// handler.
   void cancel() { cancelled_ = true; }
 

@@ -125,4 +125,8 @@ MediaError writingError(MediaError::Kind kind, int code, const fs::path& file) {
   return {isOutOfSpace(code) ? MediaError::Kind::diskFull : kind, writingCause(code, file)};
 }
 
+MediaError noVideoTrackError(const fs::path& file) {
+  return {MediaError::Kind::noVideoTrack, fmt::format("{} 里没有视频轨", fileName(file))};
+}
+
 }  // namespace vesk::media

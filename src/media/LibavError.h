@@ -15,4 +15,7 @@ namespace vesk::media {
 [[nodiscard]] MediaError writingError(MediaError::Kind kind, int code,
                                       const std::filesystem::path& file);
 
+/// The error for a movie without moving pictures.
+[[nodiscard]] MediaError noVideoTrackError(const std::filesystem::path& file);
+
 }  // namespace vesk::media

@@ -3,6 +3,7 @@
 extern "C" {
 #include <libavcodec/avcodec.h>
 #include <libavformat/avformat.h>
+#include <libswresample/swresample.h>
 #include <libswscale/swscale.h>
 }
 
@@ -12,12 +13,20 @@ void LibavRelease::operator()(AVCodecContext* codec) const noexcept {
   avcodec_free_context(&codec);
 }
 
+void LibavRelease::operator()(AVCodecParameters* parameters) const noexcept {
+  avcodec_parameters_free(&parameters);
+}
+
 void LibavRelease::operator()(AVFrame* frame) const noexcept {
   av_frame_free(&frame);
 }
 
 void LibavRelease::operator()(AVPacket* packet) const noexcept {
   av_packet_free(&packet);
+}
+
+void LibavRelease::operator()(SwrContext* resampler) const noexcept {
+  swr_free(&resampler);
 }
 
 void LibavRelease::operator()(SwsContext* scaler) const noexcept {

@@ -6,18 +6,17 @@
 #include <cstdint>
 #include <limits>
 #include <string>
-#include <system_error>
 #include <utility>
 
 #include "media/FrameImport.h"
 #include "media/LibavError.h"
 #include "media/LibavHandles.h"
 #include "media/MovieBoxes.h"
+#include "media/MovieInput.h"
 
 extern "C" {
 #include <libavcodec/avcodec.h>
 #include <libavformat/avformat.h>
-#include <libavutil/dict.h>
 }
 
 namespace vesk::media {
@@ -28,58 +27,6 @@ using Kind = MediaError::Kind;
 
 /// A few bytes of a damaged file can ask for pictures of gigabytes; no screen comes near this.
 constexpr std::int64_t maximumPixels = std::int64_t{1} << 27;
-
-/// What can be told before libav opens the file, which would wait for ever on a pipe.
-std::optional<MediaError> objectionTo(const fs::path& file) {
-  std::error_code failure;
-  const fs::file_status status = fs::status(file, failure);
-  if (failure) {
-    return readingError(Kind::openFailed, AVERROR(failure.value()), file);
-  }
-  const std::string name = file.filename().string();
-  if (!fs::is_regular_file(status)) {
-    return MediaError{Kind::openFailed, fmt::format("“{}” 不是普通文件", name)};
-  }
-  if (fs::file_size(file, failure) == 0 && !failure) {
-    return MediaError{Kind::openFailed, fmt::format("“{}” 是空文件", name)};
-  }
-  return std::nullopt;
-}
-
-std::expected<InputPtr, MediaError> openInput(const fs::path& file) {
-  AVDictionary* options = nullptr;
-  av_dict_set(&options, "protocol_whitelist", "file", 0);
-  av_dict_set(&options, "enable_drefs", "0", 0);
-  av_dict_set(&options, "use_absolute_path", "0", 0);
-  av_dict_set(&options, "fflags", "+discardcorrupt", 0);  // a packet cut short: half a picture
-  AVFormatContext* context = nullptr;
-  // The prefix keeps a name such as "concat:a" from being taken for a protocol.
-  const std::string address = "file:" + file.string();
-  int status =
-      avformat_open_input(&context, address.c_str(), av_find_input_format("mov"), &options);
-  av_dict_free(&options);
-  if (status < 0) {
-    return std::unexpected(readingError(Kind::openFailed, status, file));
-  }
-  InputPtr input(context);
-  // Without a look into the stream, a decoder may not know how far it has to reorder.
-  status = avformat_find_stream_info(input.get(), nullptr);
-  if (status < 0) {
-    return std::unexpected(readingError(Kind::openFailed, status, file));
-  }
-  return input;
-}
-
-AVStream* firstVideoTrack(const AVFormatContext& input) {
-  for (unsigned i = 0; i < input.nb_streams; ++i) {
-    AVStream* stream = input.streams[i];
-    const bool isCover = (stream->disposition & AV_DISPOSITION_ATTACHED_PIC) != 0;
-    if (stream->codecpar->codec_type == AVMEDIA_TYPE_VIDEO && !isCover) {
-      return stream;
-    }
-  }
-  return nullptr;
-}
 
 std::expected<CodecPtr, MediaError> openDecoder(const AVStream& stream, int threads,
                                                 const fs::path& file) {
@@ -117,7 +64,8 @@ VideoInfo describe(const AVFormatContext& input, const AVStream& stream, const f
           .height = stream.codecpar->height,
           .frameRate = seconds(stream.avg_frame_rate),
           .duration = knowsDuration ? static_cast<double>(input.duration) / AV_TIME_BASE : 0,
-          .truncated = endsInsideABox(file)};
+          .truncated = endsInsideABox(file),
+          .orientation = displayOrientationOf(stream)};
 }
 
 }  // namespace
@@ -226,27 +174,19 @@ double VideoReader::Decoding::presentationTime() const {
 }
 
 std::expected<VideoReader, MediaError> VideoReader::open(const fs::path& file, int threads) {
-  silenceLibav();
-  if (auto objection = objectionTo(file)) {
-    return std::unexpected(std::move(*objection));
-  }
-  auto input = openInput(file);
+  auto input = openMovie(file);
   if (!input) {
     return std::unexpected(std::move(input.error()));
   }
   AVStream* stream = firstVideoTrack(**input);
   if (stream == nullptr) {
-    return std::unexpected(
-        MediaError{Kind::noVideoTrack, fmt::format("“{}” 里没有视频轨", file.filename().string())});
+    return std::unexpected(noVideoTrackError(file));
   }
   auto decoder = openDecoder(*stream, threads, file);
   if (!decoder) {
     return std::unexpected(std::move(decoder.error()));
   }
-  for (unsigned i = 0; i < (*input)->nb_streams; ++i) {
-    AVStream* other = (*input)->streams[i];
-    other->discard = other == stream ? AVDISCARD_DEFAULT : AVDISCARD_ALL;
-  }
+  readOnly(*stream, **input);
   return VideoReader(
       std::make_unique<Decoding>(file, std::move(*input), stream, std::move(*decoder)));
 }

@@ -5,6 +5,7 @@
 #include <memory>
 #include <optional>
 
+#include "media/DisplayOrientation.h"
 #include "media/MediaError.h"
 #include "media/VideoFrame.h"
 
@@ -19,6 +20,7 @@ struct VideoInfo {
   /// The file ends inside one of its own boxes: it was cut, or its writer died. What is there can
   /// still be read; after its last picture next() fails.
   bool truncated = false;
+  DisplayOrientation orientation;  ///< not applied to the pictures of next()
   bool operator==(const VideoInfo&) const = default;
 };
 

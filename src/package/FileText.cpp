@@ -10,6 +10,7 @@
 #include <system_error>
 #include <utility>
 
+#include "package/FileError.h"
 #include "package/HugePages.h"
 
 namespace vesk::package {
@@ -39,42 +40,6 @@ class Descriptor {
   int number_;
 };
 
-std::string causeInWords(int code) {
-  switch (code) {
-    case ENOENT:
-      return "文件或文件夹不存在";
-    case EACCES:
-    case EPERM:
-      return "没有权限";
-    case ENOSPC:
-    case EDQUOT:
-      return "磁盘空间不足";
-    case EROFS:
-      return "所在磁盘是只读的";
-    case EISDIR:
-    case ENXIO:
-      return "它不是普通文件";
-    case ENOTDIR:
-      return "路径中有一段不是文件夹";
-    case ENAMETOOLONG:
-      return "名称太长";
-    case EIO:
-      return "磁盘读写出错";
-    default:
-      return std::generic_category().message(code);
-  }
-}
-
-PackageError unreadable(const std::filesystem::path& file, std::string_view cause) {
-  return {PackageError::Kind::fileUnreadable,
-          fmt::format("无法读取“{}”：{}。", file.native(), cause)};
-}
-
-PackageError unwritable(const std::filesystem::path& file, std::string_view cause) {
-  return {PackageError::Kind::fileUnwritable,
-          fmt::format("无法写入“{}”：{}。", file.native(), cause)};
-}
-
 /// The number of bytes read, fewer than `size` at the end of the file, or -1 with errno set.
 ssize_t readFully(int descriptor, char* data, std::size_t size) {
   std::size_t done = 0;
@@ -96,29 +61,6 @@ bool writeFully(int descriptor, std::string_view text) {
     text.remove_prefix(static_cast<std::size_t>(count));
   }
   return true;
-}
-
-/// Opens a new file in the target's directory under a hidden name that nobody else holds.
-std::pair<Descriptor, std::filesystem::path> openBeside(const std::filesystem::path& file) {
-  constexpr int attempts = 100;
-  for (int attempt = 0;; ++attempt) {
-    std::filesystem::path path =
-        file.parent_path() /
-        fmt::format(".{}.{}-{}", file.filename().native(), ::getpid(), attempt);
-    const int number = ::open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
-    if (number >= 0 || errno != EEXIST || attempt == attempts) {
-      return {std::piecewise_construct, std::forward_as_tuple(number),
-              std::forward_as_tuple(std::move(path))};
-    }
-  }
-}
-
-/// Makes a rename in the directory last through a crash. File systems that cannot do this say so,
-/// and there is nothing more to do then.
-void syncDirectory(const std::filesystem::path& directory) {
-  const Descriptor descriptor(
-      ::open(directory.empty() ? "." : directory.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
-  if (descriptor.isOpen()) ::fsync(descriptor.number());
 }
 
 }  // namespace
@@ -158,20 +100,6 @@ std::expected<void, PackageError> writeFile(const std::filesystem::path& file,
   if (!descriptor.isOpen() || !writeFully(descriptor.number(), text) || !descriptor.close()) {
     return std::unexpected(unwritable(file, causeInWords(errno)));
   }
-  return {};
-}
-
-std::expected<void, PackageError> writeFileAtomically(const std::filesystem::path& file,
-                                                      std::string_view text) {
-  auto [descriptor, temporary] = openBeside(file);
-  if (!descriptor.isOpen()) return std::unexpected(unwritable(file, causeInWords(errno)));
-  if (!writeFully(descriptor.number(), text) || ::fsync(descriptor.number()) != 0 ||
-      !descriptor.close() || ::rename(temporary.c_str(), file.c_str()) != 0) {
-    const int code = errno;
-    ::unlink(temporary.c_str());
-    return std::unexpected(unwritable(file, causeInWords(code)));
-  }
-  syncDirectory(file.parent_path());
   return {};
 }
 

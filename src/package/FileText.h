@@ -21,9 +21,4 @@ std::expected<std::string, PackageError> readWholeFile(const std::filesystem::pa
 std::expected<void, PackageError> writeFile(const std::filesystem::path& file,
                                             std::string_view text);
 
-/// Writes beside the file and renames over it, so that a reader, also one after a crash, finds the
-/// old text or the new and never a mixture. The directory must exist.
-std::expected<void, PackageError> writeFileAtomically(const std::filesystem::path& file,
-                                                      std::string_view text);
-
 }  // namespace vesk::package

@@ -2,6 +2,7 @@
 
 #include <fmt/format.h>
 
+#include <algorithm>
 #include <cmath>
 #include <limits>
 #include <nlohmann/json.hpp>
@@ -72,6 +73,20 @@ void JsonFields::read(std::string_view key, std::string& value) {
   value = found->get_ref<const std::string&>();
 }
 
+void JsonFields::read(std::string_view key, std::vector<double>& value) {
+  const auto* found = find(key);
+  if (found == nullptr) return;
+  const auto isNumber = [](const nlohmann::json& element) { return element.is_number(); };
+  if (!found->is_array() || !std::ranges::all_of(*found, isNumber)) {
+    return failType(key, "数字的数组");
+  }
+  value = found->get<std::vector<double>>();
+}
+
+void JsonFields::require(std::string_view key) {
+  if (find(key) == nullptr) fail(fmt::format("缺少字段“{}”", key));
+}
+
 const nlohmann::json* JsonFields::find(std::string_view key) const {
   if (failure_) return nullptr;
   const auto found = object_.find(key);
@@ -85,6 +100,10 @@ void JsonFields::fail(std::string message) {
 
 void JsonFields::failType(std::string_view key, std::string_view meaning) {
   fail(fmt::format("字段“{}”应为{}", key, meaning));
+}
+
+void JsonFields::failInside(std::string_view key, std::string_view cause) {
+  fail(fmt::format("“{}”中的{}", key, cause));
 }
 
 }  // namespace vesk::package

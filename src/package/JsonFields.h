@@ -6,6 +6,7 @@
 #include <string>
 #include <string_view>
 #include <utility>
+#include <vector>
 
 namespace vesk::package {
 
@@ -23,6 +24,7 @@ class JsonFields {
   void read(std::string_view key, std::uint32_t& value);
   void read(std::string_view key, double& value);
   void read(std::string_view key, std::string& value);
+  void read(std::string_view key, std::vector<double>& value);
 
   template <typename T>
   void read(std::string_view key, std::optional<T>& value) {
@@ -47,6 +49,28 @@ class JsonFields {
     }
   }
 
+  /// Lets `readFields` read the object under a key with a reader of its own.
+  template <typename ReadFields>
+  void readObject(std::string_view key, ReadFields readFields) {
+    const auto* found = find(key);
+    if (found == nullptr) return;
+    JsonFields fields(*found);
+    readFields(fields);
+    if (fields.failure_) failInside(key, *fields.failure_);
+  }
+
+  /// Hands the elements of the array under a key to `readElement`, in their order.
+  template <typename ReadElement>
+  void readArray(std::string_view key, ReadElement readElement) {
+    const auto* found = find(key);
+    if (found == nullptr) return;
+    if (!found->is_array()) return failType(key, "数组");
+    for (const auto& element : *found) readElement(element);
+  }
+
+  /// An absent or null key is a failure.
+  void require(std::string_view key);
+
   /// The value of a key, or null when it is absent or null, or when something failed before.
   const nlohmann::json* find(std::string_view key) const;
 
@@ -58,6 +82,7 @@ class JsonFields {
 
  private:
   void failType(std::string_view key, std::string_view meaning);
+  void failInside(std::string_view key, std::string_view cause);
 
   const nlohmann::json& object_;
   std::optional<std::string> failure_;

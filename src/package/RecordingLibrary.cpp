@@ -1,75 +1,110 @@
 #include "package/RecordingLibrary.h"
 
-#include <pwd.h>
-#include <unistd.h>
-
-#include <cstdlib>
-#include <string>
+#include <algorithm>
+#include <string_view>
 #include <system_error>
-#include <vector>
+#include <utility>
 
-#include "package/CalendarTime.h"
-#include "package/FileText.h"
-#include "package/VideosFolder.h"
+#include "package/DirectorySize.h"
+#include "package/LibraryRoot.h"
+#include "package/Log.h"
+#include "package/RecordingProject.h"
 
 namespace vesk::package {
 
 namespace {
 
-bool isDirectory(const std::filesystem::path& path) {
-  std::error_code ignored;
-  return std::filesystem::is_directory(path, ignored);
-}
-
-/// The home directory that the account database gives this process's user.
-std::filesystem::path homeOfAccount() {
-  constexpr std::size_t bufferSize = std::size_t{1} << 16;
-  std::vector<char> buffer(bufferSize);
-  passwd entry{};
-  passwd* found = nullptr;
-  if (::getpwuid_r(::getuid(), &entry, buffer.data(), buffer.size(), &found) != 0) return {};
-  if (found == nullptr || found->pw_dir == nullptr) return {};
-  return found->pw_dir;
-}
-
-/// An existing home directory, or an empty path. The account's own comes first, because a sandbox
-/// may point HOME into itself.
-std::filesystem::path homeDirectory() {
-  if (auto home = homeOfAccount(); home.is_absolute() && isDirectory(home)) return home;
-  const char* variable = std::getenv("HOME");
-  std::filesystem::path home = variable == nullptr ? "" : variable;
-  if (home.is_absolute() && isDirectory(home)) return home;
-  return {};
-}
-
-std::filesystem::path temporaryDirectory() {
+/// Absolute, without dots and without a slash at its end.
+std::filesystem::path standardized(const std::filesystem::path& path) {
   std::error_code error;
-  auto directory = std::filesystem::temp_directory_path(error);
-  return error ? std::filesystem::path("/tmp") : directory;
+  const auto absolute = std::filesystem::absolute(path, error);
+  auto plain = (error ? path : absolute).lexically_normal();
+  return plain.has_filename() || !plain.has_relative_path() ? plain : plain.parent_path();
 }
 
-/// The contents of "user-dirs.dirs", empty when there is none.
-std::string userDirsOf(const std::filesystem::path& home) {
-  constexpr std::uintmax_t largestUserDirs = std::uintmax_t{1} << 20;
-  return readWholeFile(home / ".config" / "user-dirs.dirs", largestUserDirs).value_or("");
+std::vector<RecordingItem> itemsIn(const std::filesystem::path& root, Timestamp now) {
+  std::vector<RecordingItem> items;
+  for (const auto& package : listPackages(root)) {
+    if (auto item = scanRecording(package, now)) items.push_back(*std::move(item));
+  }
+  std::ranges::stable_sort(items, std::ranges::greater{}, &RecordingItem::createdAt);
+  return items;
+}
+
+std::int64_t totalOf(const std::vector<RecordingItem>& items) {
+  std::int64_t total = 0;
+  for (const auto& item : items) total = sumOfSizes(total, item.bytes);
+  return total;
 }
 
 }  // namespace
 
-std::filesystem::path defaultRoot() {
-  const auto home = homeDirectory();
-  const auto parent = home.empty() ? temporaryDirectory() : videosFolder(home, userDirsOf(home));
-  return parent / "Vesk";
+RecordingLibrary::RecordingLibrary(Surroundings surroundings)
+    : surroundings_(std::move(surroundings)),
+      root_(currentRootFromDefaults(surroundings_.defaults)) {}
+
+ChangeSignal::Subscription RecordingLibrary::onChange(ChangeSignal::Observer observer) {
+  return changed_.subscribe(std::move(observer));
 }
 
-std::filesystem::path currentRootFromDefaults(const UserDefaults& defaults) {
-  const auto stored = defaults.string("recordingLibraryPath");
-  if (!stored || stored->empty()) return defaultRoot();
-  return *stored;
+void RecordingLibrary::setRoot(const std::filesystem::path& url) {
+  auto root = standardized(url);
+  const bool isNew = std::exchange(root_, root) != root;
+  const auto stored = surroundings_.defaults.set(libraryPathKey, std::string_view(root.native()));
+  if (!stored) log(LogCategory::library).error("store root failed: {}", stored.error().message);
+  log(LogCategory::library).info("library root -> {}", root.native());
+  if (isNew) changed_.notify();
+  rescan();
 }
 
-std::filesystem::path newPackageURL(const std::filesystem::path& root, Timestamp date) {
-  return root / (localStamp(date) + ".recording");
+void RecordingLibrary::resetRoot() {
+  setRoot(defaultRoot());
+}
+
+bool RecordingLibrary::isDefaultRoot() const {
+  return standardized(root_) == standardized(defaultRoot());
+}
+
+bool RecordingLibrary::chooseRoot() {
+  const auto folder = surroundings_.askForFolder(
+      {.start = root_, .prompt = "选择", .message = "选择录制文件的保存位置"});
+  if (!folder) return false;
+  setRoot(*folder);
+  return true;
+}
+
+bool RecordingLibrary::ensureRoot() const {
+  std::error_code error;
+  std::filesystem::create_directories(root_, error);
+  if (!error) return true;
+  log(LogCategory::library).error("create root failed: {}", error.message());
+  return false;
+}
+
+std::filesystem::path RecordingLibrary::newPackageURL(Timestamp date) const {
+  return package::newPackageURL(root_, date);
+}
+
+void RecordingLibrary::rescan() {
+  auto items = itemsIn(root_, surroundings_.now());
+  if (items == items_) return;
+  totalBytes_ = totalOf(items);
+  items_ = std::move(items);
+  changed_.notify();
+}
+
+bool RecordingLibrary::trash(const std::filesystem::path& url) {
+  const auto moved = surroundings_.trashFolder.take(url, surroundings_.now());
+  if (!moved) {
+    log(LogCategory::library).error("trash failed: {}", moved.error().message);
+    return false;
+  }
+  rescan();
+  return true;
+}
+
+std::optional<Picture> RecordingLibrary::thumbnail(const std::filesystem::path& url) const {
+  return surroundings_.makeThumbnail(url);
 }
 
 }  // namespace vesk::package

@@ -5,22 +5,19 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <string_view>
 #include <system_error>
 #include <utility>
 
 #include "package/EventLog.h"
-#include "package/FileText.h"
+#include "package/FileLimits.h"
 #include "package/HugePages.h"
 #include "package/Log.h"
+#include "package/PackageFile.h"
 
 namespace vesk::package {
 
 namespace {
-
-// An index has some hundred bytes and an hour's log some 40 MB; a file beyond these sizes is no
-// recording, and reading it whole would only fill the memory.
-constexpr std::uintmax_t largestMeta = std::uintmax_t{4} << 20;
-constexpr std::uintmax_t largestEventLog = std::uintmax_t{2} << 30;
 
 /// Ascending by time; what is no number stands at the end, so that the order stays an order.
 bool isEarlier(const RecordedEvent& a, const RecordedEvent& b) {
@@ -70,10 +67,15 @@ void deriveViews(RecordingProject& project) {
   }
 }
 
-std::optional<std::filesystem::path> ifPresent(std::filesystem::path file) {
-  std::error_code ignored;
-  if (!std::filesystem::exists(file, ignored)) return std::nullopt;
-  return file;
+/// A media file that a take may lack. One that is refused counts as lacking, with a log entry.
+std::optional<std::filesystem::path> optionalMedia(const std::filesystem::path& package,
+                                                   std::string_view name) {
+  const auto file = packageFile(package, name);
+  if (!file) {
+    log(LogCategory::project).error("{}", file.error().message);
+    return std::nullopt;
+  }
+  return *file;
 }
 
 /// The last component of a path, also when a slash follows it.
@@ -97,12 +99,12 @@ void logLoaded(const RecordingProject& project) {
 
 std::expected<RecordingProject, PackageError> RecordingProject::load(
     const std::filesystem::path& url, Timestamp now) {
-  const auto metaText = readWholeFile(url / "meta.json", largestMeta);
+  const auto metaText = readPackageFile(url, "meta.json", largestMetaFile);
   if (!metaText) return std::unexpected(metaText.error());
   auto meta = decodeRecordingMeta(*metaText, now);
   if (!meta) return std::unexpected(std::move(meta.error()));
 
-  auto eventText = readWholeFile(url / "events.jsonl", largestEventLog);
+  auto eventText = readPackageFile(url, "events.jsonl", largestEventLogFile);
   if (!eventText) return std::unexpected(std::move(eventText.error()));
   auto eventLog = decodeEventLog(*std::move(eventText));
   if (!eventLog) return std::unexpected(std::move(eventLog.error()));
@@ -129,11 +131,11 @@ std::filesystem::path RecordingProject::screenURL() const {
 }
 
 std::optional<std::filesystem::path> RecordingProject::cameraURL() const {
-  return ifPresent(url / "camera.mov");
+  return optionalMedia(url, "camera.mov");
 }
 
 std::optional<std::filesystem::path> RecordingProject::micURL() const {
-  return ifPresent(url / "mic.m4a");
+  return optionalMedia(url, "mic.m4a");
 }
 
 double RecordingProject::duration() const {

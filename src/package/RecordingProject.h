@@ -22,8 +22,8 @@ struct RecordingProject {
   std::vector<RecordedEvent> appChanges;
   std::vector<RecordedEvent> gaps;
 
-  /// Reads "meta.json" and "events.jsonl" whole. Bad lines of the log are dropped with one entry
-  /// in the system log; every other failure is returned.
+  /// Reads "meta.json" and "events.jsonl" whole, as far as packageFile lets it. Bad lines of the
+  /// log are dropped with one entry in the system log; every other failure is returned.
   /// @param now see decodeRecordingMeta.
   static std::expected<RecordingProject, PackageError> load(const std::filesystem::path& url,
                                                             Timestamp now);
@@ -32,7 +32,8 @@ struct RecordingProject {
   static RecordingProject make(std::filesystem::path url, RecordingMeta meta,
                                std::vector<RecordedEvent> events);
 
-  /// The paths of the media files; camera and microphone only if the file exists now.
+  /// The paths of the media files; camera and microphone only if there is such a file now that
+  /// packageFile does not refuse.
   std::filesystem::path screenURL() const;
   std::optional<std::filesystem::path> cameraURL() const;
   std::optional<std::filesystem::path> micURL() const;

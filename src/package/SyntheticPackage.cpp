@@ -6,6 +6,7 @@
 #include <string>
 #include <system_error>
 
+#include "package/DurableWrite.h"
 #include "package/FileText.h"
 
 namespace vesk::package {

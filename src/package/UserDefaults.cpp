@@ -11,6 +11,7 @@
 #include <system_error>
 #include <utility>
 
+#include "package/DurableWrite.h"
 #include "package/FileText.h"
 #include "package/Log.h"
 

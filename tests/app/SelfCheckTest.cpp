@@ -38,6 +38,28 @@ TEST(SelfCheck, aVerdictOfItsOwnKeepsMarkAndExitCode) {
   EXPECT_EQ(outcome.exitCode, 1);
 }
 
+TEST(SelfCheck, listsFailuresOfItsResultsOneByOne) {
+  SelfCheck check(" 自检");
+  check.result(true, "一");
+  check.result(false, "二");
+  check.collect("甲");
+  check.collect("乙");
+  check.line("三");
+  EXPECT_EQ(check.steps(), 0);
+  const CheckOutcome outcome = check.finishWithList("全部成立");
+  EXPECT_TRUE(outcome.text.ends_with("\n  ✓ 一\n  ✗ 二\n三\n" + motion::ruler() +
+                                     "\n  ✗ 2 项不符：\n      · 甲\n      · 乙\n"));
+  EXPECT_EQ(outcome.exitCode, 1);
+}
+
+TEST(SelfCheck, canStopWithoutAVerdict) {
+  SelfCheck check(" 自检");
+  check.line("一");
+  const CheckOutcome outcome = check.stop(1);
+  EXPECT_EQ(outcome.text, motion::ruler() + "\n 自检\n" + motion::ruler() + "\n一\n");
+  EXPECT_EQ(outcome.exitCode, 1);
+}
+
 TEST(SelfCheck, theRulerHasSixtyTwoCharacters) {
   EXPECT_EQ(motion::ruler().size(), 62 * std::string("─").size());
 }

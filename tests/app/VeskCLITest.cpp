@@ -20,7 +20,9 @@ TEST(VeskCLI, looksForItsCommandsInAFixedOrder) {
   for (const Command& command : commands()) {
     flags.push_back(command.flag);
   }
-  EXPECT_THAT(flags, ElementsAre("--test-pairing", "--test-camera", "--export", "--dump-effects"));
+  EXPECT_THAT(flags,
+              ElementsAre("--test-pairing", "--test-decode-resilience", "--test-camera",
+                          "--test-export-clone", "--test-persist", "--export", "--dump-effects"));
 }
 
 TEST(VeskCLI, theFirstCommandOfTheOrderWinsWhereverItStands) {

@@ -7,9 +7,9 @@
 #include <thread>
 #include <vector>
 
-#include "export/BoundedQueue.h"
+#include "media/BoundedQueue.h"
 
-namespace vesk::exporting {
+namespace vesk::media {
 namespace {
 
 using namespace std::chrono_literals;
@@ -109,4 +109,4 @@ TEST(BoundedQueue, nothingIsLostOrReorderedBetweenTwoThreads) {
 }
 
 }  // namespace
-}  // namespace vesk::exporting
+}  // namespace vesk::media

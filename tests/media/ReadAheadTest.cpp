@@ -9,26 +9,25 @@
 #include <thread>
 #include <vector>
 
-#include "export/ReadAhead.h"
+#include "media/ReadAhead.h"
 #include "media/TemporaryFolder.h"
 #include "media/TestMovie.h"
 
-namespace vesk::exporting {
+namespace vesk::media {
 namespace {
 
 using namespace std::chrono_literals;
-using media::MediaError;
 
 class ReadAheadTest : public testing::Test {
  protected:
-  media::VideoReader open(const media::MovieRecipe& recipe) {
-    media::makeMovie(file_, recipe);
-    auto reader = media::VideoReader::open(file_);
+  VideoReader open(const MovieRecipe& recipe) {
+    makeMovie(file_, recipe);
+    auto reader = VideoReader::open(file_);
     if (!reader) throw std::runtime_error(reader.error().message);
     return *std::move(reader);
   }
 
-  media::TemporaryFolder folder_;
+  TemporaryFolder folder_;
   std::filesystem::path file_ = folder_ / "screen.mov";
 };
 
@@ -42,17 +41,17 @@ std::vector<double> timesOf(ReadAhead& pictures) {
 }
 
 TEST_F(ReadAheadTest, picturesComeWholeAndInOrder) {
-  ReadAhead pictures(open({.ticks = media::evenTicks(30, 40), .bFrames = 2}));
+  ReadAhead pictures(open({.ticks = evenTicks(30, 40), .bFrames = 2}));
   for (int index = 0; index < 30; ++index) {
     const auto picture = pictures.next();
     ASSERT_TRUE(picture && picture->has_value()) << index;
     EXPECT_NEAR((*picture)->pts, index * 0.04, 1e-9);
-    EXPECT_NEAR(media::meanLuma(**picture), media::shadeOf(index), 2);
+    EXPECT_NEAR(meanLuma(**picture), shadeOf(index), 2);
   }
 }
 
 TEST_F(ReadAheadTest, theEndRepeats) {
-  ReadAhead pictures(open({.ticks = media::evenTicks(5, 40)}));
+  ReadAhead pictures(open({.ticks = evenTicks(5, 40)}));
   EXPECT_EQ(timesOf(pictures).size(), 5U);
   for (int again = 0; again < 3; ++again) {
     const auto picture = pictures.next();
@@ -62,10 +61,10 @@ TEST_F(ReadAheadTest, theEndRepeats) {
 }
 
 TEST_F(ReadAheadTest, aFailureComesAfterThePicturesBeforeItAndRepeats) {
-  media::makeMovie(file_, {.ticks = media::evenTicks(60, 20), .movFlags = "+faststart"});
-  const std::string bytes = media::bytesOf(file_);
-  media::writeBytes(file_, std::string_view(bytes).substr(0, bytes.size() * 7 / 10));
-  auto reader = media::VideoReader::open(file_);
+  makeMovie(file_, {.ticks = evenTicks(60, 20), .movFlags = "+faststart"});
+  const std::string bytes = bytesOf(file_);
+  writeBytes(file_, std::string_view(bytes).substr(0, bytes.size() * 7 / 10));
+  auto reader = VideoReader::open(file_);
   ASSERT_TRUE(reader) << reader.error().message;
   ReadAhead pictures(*std::move(reader));
   const std::size_t count = timesOf(pictures).size();
@@ -81,21 +80,21 @@ TEST_F(ReadAheadTest, aFailureComesAfterThePicturesBeforeItAndRepeats) {
 
 TEST_F(ReadAheadTest, mayBeDroppedBeforeTheEnd) {
   for (const int taken : {0, 1, 20}) {
-    ReadAhead pictures(open({.ticks = media::evenTicks(100, 20)}));
+    ReadAhead pictures(open({.ticks = evenTicks(100, 20)}));
     for (int index = 0; index < taken; ++index) ASSERT_TRUE(pictures.next());
     std::this_thread::sleep_for(5ms);
   }
 }
 
 TEST_F(ReadAheadTest, picturesOutliveTheirReader) {
-  std::optional<media::VideoFrame> kept;
+  std::optional<VideoFrame> kept;
   {
-    ReadAhead pictures(open({.ticks = media::evenTicks(3, 40)}));
+    ReadAhead pictures(open({.ticks = evenTicks(3, 40)}));
     kept = pictures.next().value_or(std::nullopt);
   }
   ASSERT_TRUE(kept);
-  EXPECT_NEAR(media::meanLuma(*kept), media::shadeOf(0), 2);
+  EXPECT_NEAR(meanLuma(*kept), shadeOf(0), 2);
 }
 
 }  // namespace
-}  // namespace vesk::exporting
+}  // namespace vesk::media

@@ -56,7 +56,6 @@ TEST(FileText, devicesAndDirectoriesAreNoFiles) {
   EXPECT_FALSE(readWholeFile("/dev/zero", 10));
   EXPECT_FALSE(readWholeFile(directory.path(), 10));
   EXPECT_FALSE(writeFile(directory.path(), "text"));
-  EXPECT_FALSE(writeFileAtomically(directory.path(), "text"));
 }
 
 TEST(FileText, writingReplacesTheContents) {
@@ -64,22 +63,6 @@ TEST(FileText, writingReplacesTheContents) {
   const auto file = directory.put("file", "a longer text than the next");
   EXPECT_TRUE(writeFile(file, "short"));
   EXPECT_EQ(directory.contents("file"), "short");
-  EXPECT_TRUE(writeFileAtomically(file, ""));
-  EXPECT_EQ(directory.contents("file"), "");
-}
-
-TEST(FileText, anAtomicWriteLeavesNothingBesideTheFile) {
-  const TemporaryDirectory directory;
-  EXPECT_TRUE(writeFileAtomically(directory / "file", "text"));
-  EXPECT_FALSE(writeFileAtomically(directory / "no" / "file", "text"));
-  std::filesystem::create_directory(directory / "full");
-  directory.put("full/entry", "");
-  EXPECT_FALSE(writeFileAtomically(directory / "full", "text"));
-  std::vector<std::string> names;
-  for (const auto& entry : std::filesystem::directory_iterator(directory.path())) {
-    names.push_back(entry.path().filename());
-  }
-  EXPECT_THAT(names, testing::UnorderedElementsAre("file", "full"));
 }
 
 TEST(FileText, aFullDiskIsSaid) {
@@ -87,15 +70,6 @@ TEST(FileText, aFullDiskIsSaid) {
   ASSERT_FALSE(result);
   EXPECT_EQ(result.error().kind, PackageError::Kind::fileUnwritable);
   EXPECT_EQ(result.error().message, "无法写入“/dev/full”：磁盘空间不足。");
-}
-
-TEST(FileText, anAtomicWriteThatFailsKeepsTheOldText) {
-  const TemporaryDirectory directory;
-  const auto file = directory.put("file", "old");
-  const std::string longName(300, 'x');
-  EXPECT_FALSE(writeFileAtomically(directory / longName, "new"));
-  EXPECT_EQ(directory.contents("file"), "old");
-  EXPECT_EQ(readWholeFile(file, 10), "old");
 }
 
 }  // namespace

@@ -153,6 +153,20 @@ TEST(RecordingProject, mediaAreFoundByTheirFilesAlone) {
   EXPECT_EQ(project.micURL(), std::nullopt);
 }
 
+TEST(RecordingProject, mediaThatArePipesOrLeadOutOfThePackageAreNone) {
+  const TemporaryDirectory directory;
+  directory.put("private.mov", "");
+  std::filesystem::create_directory(directory / "a.recording");
+  const auto project = RecordingProject::make(directory / "a.recording", {}, {});
+  std::filesystem::create_symlink("../private.mov", project.url / "camera.mov");
+  ASSERT_EQ(::mkfifo((project.url / "mic.m4a").c_str(), 0600), 0);
+  const LogCapture capture;
+  EXPECT_EQ(project.cameraURL(), std::nullopt);
+  EXPECT_EQ(project.micURL(), std::nullopt);
+  EXPECT_THAT(capture.text(), HasSubstr("camera.mov”：它是一个链接，指向录制包之外"));
+  EXPECT_THAT(capture.text(), HasSubstr("mic.m4a”：它不是普通文件"));
+}
+
 TEST(RecordingProject, theSampleTakeLoadsWhole) {
   const LogCapture capture;
   const auto project = RecordingProject::load(VESK_SAMPLE_TAKE, now);
@@ -201,6 +215,23 @@ TEST(RecordingProject, aPipeInPlaceOfTheLogDoesNotHang) {
   directory.put("meta.json", "{}");
   ASSERT_EQ(::mkfifo((directory / "events.jsonl").c_str(), 0600), 0);
   EXPECT_EQ(failureOf(directory.path()).kind, PackageError::Kind::fileUnreadable);
+}
+
+TEST(RecordingProject, filesThatLeadOutOfThePackageFailTheLoad) {
+  const TemporaryDirectory directory;
+  directory.put("meta.json", "{}");
+  directory.put("a.recording/events.jsonl", "");
+  const auto package = directory / "a.recording";
+  std::filesystem::create_symlink("../meta.json", package / "meta.json");
+  EXPECT_THAT(failureOf(package).message, HasSubstr("meta.json”：它是一个链接，指向录制包之外"));
+  std::filesystem::remove(package / "meta.json");
+  std::filesystem::create_directory(package / "meta.json");
+  EXPECT_THAT(failureOf(package).message, HasSubstr("meta.json”：它不是普通文件"));
+  std::filesystem::remove(package / "meta.json");
+  directory.put("a.recording/meta.json", "{}");
+  std::filesystem::remove(package / "events.jsonl");
+  std::filesystem::create_symlink("/dev/zero", package / "events.jsonl");
+  EXPECT_THAT(failureOf(package).message, HasSubstr("events.jsonl”：它是一个链接"));
 }
 
 TEST(ListPackages, givesThePackagesByNameNewestFirst) {

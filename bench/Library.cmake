@@ -1,0 +1,1 @@
+vesk_bench(library_bench SOURCES LibraryBench.cpp LIBRARIES vesk::package)

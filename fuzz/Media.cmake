@@ -1,0 +1,3 @@
+vesk_fuzz(media
+  SOURCES MediaFuzz.cpp
+  LIBRARIES vesk::export)
