@@ -13,6 +13,7 @@
 #include "media/VideoReader.h"
 #include "media/VideoWriter.h"
 #include "package/Log.h"
+#include "package/PackageFile.h"
 
 namespace vesk::exporting {
 namespace {
@@ -79,6 +80,10 @@ std::expected<ExportStatistics, ExportError> ExportRenderer::exportMovie(
   }
   if (liesInPackage(to, project.url)) {
     return std::unexpected(ExportError::writerFailed("输出位置在录制包里面，请换一个文件夹"));
+  }
+  // A link in the place of the picture must not draw another file of the user's into the movie.
+  if (const auto screen = package::packageFile(project.url, "screen.mov"); !screen) {
+    return std::unexpected(ExportError::readerFailed(screen.error().message));
   }
   auto reader = media::VideoReader::open(project.screenURL());
   if (!reader) return std::unexpected(readerError(reader.error()));

@@ -40,8 +40,8 @@ class ExportRenderer {
                                                            const std::filesystem::path& to,
                                                            const Progress& progress);
 
-  /// Ends the export soon with `cancelled`, unless the picture is already complete. May be called from any thread, and from a signal
-  /// handler.
+  /// Ends the export soon with `cancelled`, unless the picture is already complete. May be called
+  /// from any thread, and from a signal handler.
   void cancel() { cancelled_ = true; }
 
  private:

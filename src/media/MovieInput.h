@@ -20,7 +20,8 @@ namespace vesk::media {
 /// The first track with sound, or null.
 [[nodiscard]] AVStream* firstSoundTrack(const AVFormatContext& input);
 
-/// How long a track lasts on the file's time line, in seconds; infinite where the file does not say.
+/// How long a track lasts on the file's time line, in seconds; infinite where the file does not
+/// say.
 [[nodiscard]] double durationOf(const AVStream& track);
 
 /// Whether sound comes with so many samples a second; the rest only damage explains.

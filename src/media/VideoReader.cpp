@@ -180,7 +180,10 @@ std::expected<VideoReader, MediaError> VideoReader::open(const fs::path& file, i
   }
   AVStream* stream = firstVideoTrack(**input);
   if (stream == nullptr) {
-    return std::unexpected(noVideoTrackError(file));
+    // Without its index a movie shows no tracks, whatever it had.
+    return std::unexpected(endsInsideABox(file)
+                               ? readingError(Kind::openFailed, AVERROR_INVALIDDATA, file)
+                               : noVideoTrackError(file));
   }
   auto decoder = openDecoder(*stream, threads, file);
   if (!decoder) {
