@@ -9,7 +9,7 @@
 #include <system_error>
 #include <vector>
 
-#include "app/FreshName.h"
+#include "export/Uuid.h"
 #include "package/EditDocumentCoding.h"
 #include "package/FileText.h"
 
@@ -132,7 +132,7 @@ constexpr std::string_view packageSuffix = ".recording";
 
 bool isPackageOfThisCheck(const fs::path& path) {
   const std::string name = path.filename();
-  return name.size() == packagePrefix.size() + freshNameLength + packageSuffix.size() &&
+  return name.size() == packagePrefix.size() + exporting::uuidLength + packageSuffix.size() &&
          name.starts_with(packagePrefix) && name.ends_with(packageSuffix);
 }
 
@@ -158,7 +158,8 @@ std::optional<fs::path> makeDamagedPackage() {
     return std::nullopt;
   }
   removePackagesOfEarlierRuns(temporary);
-  fs::path package = temporary / fmt::format("{}{}{}", packagePrefix, freshName(), packageSuffix);
+  fs::path package =
+      temporary / fmt::format("{}{}{}", packagePrefix, exporting::newUuid(), packageSuffix);
   fs::create_directory(package, error);
   if (!package::writeFile(package / "edit.json", "{ 这不是 JSON")) {
     return std::nullopt;
