@@ -291,10 +291,12 @@ StoredMovie inspect(const std::filesystem::path& file) {
   describeStream(stream, movie);
   const PacketPtr packet(av_packet_alloc());
   while (av_read_frame(input.get(), packet.get()) >= 0) {
-    const double tick = av_q2d(stream.time_base);
-    movie.packets.push_back({static_cast<double>(packet->pts) * tick,
-                             static_cast<double>(packet->duration) * tick,
-                             (packet->flags & AV_PKT_FLAG_KEY) != 0});
+    if (packet->stream_index == stream.index) {
+      const double tick = av_q2d(stream.time_base);
+      movie.packets.push_back({static_cast<double>(packet->pts) * tick,
+                               static_cast<double>(packet->duration) * tick,
+                               (packet->flags & AV_PKT_FLAG_KEY) != 0});
+    }
     av_packet_unref(packet.get());
   }
   std::ranges::sort(movie.packets, {}, &StoredMovie::Packet::pts);

@@ -60,7 +60,7 @@ struct StoredMovie {
   bool saysLimited = false;
   bool saysCentredChroma = false;
   std::int64_t bitRate = 0;
-  std::vector<Packet> packets;     ///< in order of presentation
+  std::vector<Packet> packets;     ///< of the picture, in order of presentation
   std::vector<std::string> boxes;  ///< the types of the top-level boxes, in order
 };
 
