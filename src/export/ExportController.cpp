@@ -8,11 +8,11 @@ namespace vesk::exporting {
 namespace {
 
 namespace fs = std::filesystem;
-using exportState::Cancelled;
-using exportState::Exporting;
-using exportState::Failed;
-using exportState::Finished;
-using exportState::Idle;
+using state::Cancelled;
+using state::Exporting;
+using state::Failed;
+using state::Finished;
+using state::Idle;
 
 std::string suggestedName(const package::RecordingProject& project, ExportSettings::Format format) {
   const fs::path name = (project.url / "").parent_path().stem();

@@ -71,7 +71,7 @@ class ExportController {
   SavePanel savePanel_;
   MakeExport makeExport_;
   PostToMain postToMain_;
-  ExportState state_ = exportState::Idle{};
+  ExportState state_ = state::Idle{};
   package::ChangeSignal changed_;
   std::shared_ptr<Task> task_;  ///< the running export
   /// What the main thread still has to hear finds the controller by this, or finds it gone.

@@ -7,7 +7,7 @@
 namespace vesk::exporting {
 
 /// What the export panel shows.
-namespace exportState {
+namespace state {
 
 struct Exporting {
   double progress = 0;  ///< 0…1
@@ -28,9 +28,9 @@ struct Cancelled {
   bool operator==(const Cancelled&) const = default;
 };
 
-}  // namespace exportState
+}  // namespace state
 
-using ExportState = std::variant<exportState::Exporting, exportState::Finished, exportState::Failed,
-                                 exportState::Idle, exportState::Cancelled>;
+using ExportState =
+    std::variant<state::Exporting, state::Finished, state::Failed, state::Idle, state::Cancelled>;
 
 }  // namespace vesk::exporting

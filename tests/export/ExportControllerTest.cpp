@@ -22,11 +22,11 @@ namespace vesk::exporting {
 namespace {
 
 using namespace std::chrono_literals;
-using exportState::Cancelled;
-using exportState::Exporting;
-using exportState::Failed;
-using exportState::Finished;
-using exportState::Idle;
+using state::Cancelled;
+using state::Exporting;
+using state::Failed;
+using state::Finished;
+using state::Idle;
 using testing::ElementsAre;
 using testing::IsEmpty;
 
