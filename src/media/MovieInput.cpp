@@ -10,6 +10,7 @@
 #include <utility>
 
 #include "media/LibavError.h"
+#include "media/MovieBoxes.h"
 
 extern "C" {
 #include <libavcodec/avcodec.h>
@@ -36,6 +37,9 @@ std::optional<MediaError> objectionTo(const fs::path& file) {
   }
   if (fs::file_size(file, failure) == 0 && !failure) {
     return MediaError{Kind::openFailed, fmt::format("“{}” 是空文件", name)};
+  }
+  if (claimsTooManySamples(file)) {
+    return readingError(Kind::openFailed, AVERROR_INVALIDDATA, file);
   }
   return std::nullopt;
 }
