@@ -1,13 +1,14 @@
 #pragma once
 
-#include <cstdint>
 #include <expected>
 #include <filesystem>
 #include <span>
+#include <vector>
 
 #include "media/LibavHandles.h"
 #include "media/MediaError.h"
 #include "media/MovieOutput.h"
+#include "media/SoundEncoder.h"
 #include "media/StereoSample.h"
 
 struct AVStream;
@@ -31,21 +32,16 @@ class SoundWriter {
  private:
   using Outcome = std::expected<void, MediaError>;
 
-  SoundWriter(std::filesystem::path file, MovieOutput output, CodecPtr encoder);
+  SoundWriter(std::filesystem::path file, MovieOutput output, SoundEncoder encoder);
   Outcome start();
-  int clearFrame();
-  Outcome encodeFrame();
-  Outcome encode(const AVFrame* frame);
+  Outcome store(int status);
   [[nodiscard]] std::unexpected<MediaError> encoderFailed(int code) const;
 
   std::filesystem::path file_;
   MovieOutput output_;
-  CodecPtr encoder_;
+  SoundEncoder encoder_;
   const AVStream* track_ = nullptr;
-  FramePtr frame_;
-  PacketPtr packet_;
-  int filled_ = 0;             ///< samples in the frame
-  std::int64_t position_ = 0;  ///< of the frame's first sample
+  std::vector<PacketPtr> ready_;
 };
 
 }  // namespace vesk::media

@@ -4,6 +4,8 @@
 
 #include <string>
 
+#include "media/PictureFrame.h"
+
 extern "C" {
 #include <libavcodec/avcodec.h>
 #include <libavutil/dict.h>
@@ -72,11 +74,7 @@ void configure(AVCodecContext& codec, const EncoderChoice& choice, const VideoSe
   codec.bit_rate = settings.bitRate;
   codec.gop_size = settings.fps * keyFrameSeconds;
   codec.thread_count = 0;
-  codec.colorspace = AVCOL_SPC_BT709;
-  codec.color_primaries = AVCOL_PRI_BT709;
-  codec.color_trc = AVCOL_TRC_BT709;
-  codec.color_range = AVCOL_RANGE_MPEG;
-  codec.chroma_sample_location = AVCHROMA_LOC_CENTER;
+  describeColours(codec);
   codec.codec_tag = tagOf(choice);
   if (needsGlobalHeader) {
     codec.flags |= AV_CODEC_FLAG_GLOBAL_HEADER;

@@ -10,6 +10,7 @@
 
 #include "media/LibavError.h"
 #include "media/LibavHandles.h"
+#include "media/PictureFrame.h"
 #include "media/VideoEncoder.h"
 
 extern "C" {
@@ -56,7 +57,6 @@ class VideoWriter::Encoding {
  private:
   using Outcome = std::expected<void, MediaError>;
 
-  int wrap(const I420Picture& picture);
   Outcome encode(const AVFrame* frame);
   Outcome store();
   Outcome encoderFailed(int code);
@@ -97,7 +97,7 @@ std::expected<void, MediaError> VideoWriter::Encoding::write(const I420Picture& 
   assert(output_ != nullptr && frameIndex > latestIndex_);
   assert(picture.width() == encoder_->width && picture.height() == encoder_->height);
   latestIndex_ = frameIndex;
-  const int status = wrap(picture);
+  const int status = pointAt(picture, *frame_);
   if (status < 0) {
     return encoderFailed(status);
   }
@@ -107,23 +107,6 @@ std::expected<void, MediaError> VideoWriter::Encoding::write(const I420Picture& 
   assert(!outcome || av_buffer_get_ref_count(frame_->buf[0]) == 1);
   av_frame_unref(frame_.get());
   return outcome;
-}
-
-/// Lets the frame point at the picture's memory.
-int VideoWriter::Encoding::wrap(const I420Picture& picture) {
-  const auto& planes = picture.planes();
-  frame_->format = encoder_->pix_fmt;
-  frame_->width = picture.width();
-  frame_->height = picture.height();
-  for (std::size_t i = 0; i < planes.size(); ++i) {
-    frame_->data[i] = planes[i].data;
-    frame_->linesize[i] = static_cast<int>(planes[i].stride);
-  }
-  // A frame without a buffer would be copied on its way to the encoder.
-  const auto leaveToPicture = [](void* /*opaque*/, std::uint8_t* /*data*/) {};
-  frame_->buf[0] = av_buffer_create(planes[0].data, picture.byteCount(), leaveToPicture, nullptr,
-                                    AV_BUFFER_FLAG_READONLY);
-  return frame_->buf[0] == nullptr ? AVERROR(ENOMEM) : 0;
 }
 
 /// Hands a frame (null: the end) to the encoder and stores every packet that is ready.

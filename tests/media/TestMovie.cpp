@@ -225,11 +225,15 @@ std::string tagText(std::uint32_t tag) {
 
 std::vector<std::string> topLevelBoxes(const std::string& bytes) {
   std::vector<std::string> types;
-  for (std::size_t at = 0; at + 8 <= bytes.size();) {
-    std::uint64_t size = 0;
-    for (std::size_t i = 0; i < 4; ++i) {
-      size = size << 8 | static_cast<unsigned char>(bytes[at + i]);
+  const auto number = [&](std::size_t at, std::size_t length) {
+    std::uint64_t value = 0;
+    for (const char byte : std::string_view(bytes).substr(at, length)) {
+      value = value << 8 | static_cast<unsigned char>(byte);
     }
+    return value;
+  };
+  for (std::size_t at = 0; at + 8 <= bytes.size();) {
+    const std::uint64_t size = number(at, 4) == 1 ? number(at + 8, 8) : number(at, 4);
     types.push_back(bytes.substr(at + 4, 4));
     require(size >= 8, "a box of a size that the tests do not know");
     at += size;

@@ -1,0 +1,1 @@
+vesk_bench(capture_bench SOURCES CaptureBench.cpp LIBRARIES vesk::media)

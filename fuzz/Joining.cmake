@@ -1,0 +1,3 @@
+vesk_fuzz(joining
+  SOURCES JoiningFuzz.cpp
+  LIBRARIES vesk::media)

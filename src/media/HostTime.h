@@ -1,0 +1,10 @@
+#pragma once
+
+#include <chrono>
+
+namespace vesk::media {
+
+/// An instant on the clock that stamps every stream of a take (CLOCK_MONOTONIC), since its origin.
+using HostTime = std::chrono::nanoseconds;
+
+}  // namespace vesk::media
