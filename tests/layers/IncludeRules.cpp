@@ -55,7 +55,7 @@ const std::vector<Backend>& allBackends() {
       {"Cairo", std::regex{R"((cairo/)?cairo.*)"},
        std::regex{R"(src/compositor/CursorImage\.cpp)"}},
       {"systemd", std::regex{R"(systemd/.*|spdlog/sinks/systemd_sink\.h)"},
-       std::regex{R"(src/package/Log\.cpp)"}},
+       std::regex{R"(src/package/Log\.cpp|src/capture/x11/AccessibilityBus\.cpp)"}},
       {"the display server and PipeWire", std::regex{R"((X11|xcb|pipewire|spa)/.*)"},
        std::regex{R"(src/capture/[^/]+/.*\.cpp)"}},
       {"Qt", std::regex{R"(Qt?[A-Z]\w*(/.*)?)"}, std::regex{R"(src/(capture|editor|app)/.*)"}},

@@ -1,12 +1,10 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-#include <spdlog/sinks/ostream_sink.h>
 #include <sys/stat.h>
 
 #include <limits>
-#include <sstream>
 
-#include "package/Log.h"
+#include "package/LogCapture.h"
 #include "package/RecordingProject.h"
 #include "package/TemporaryDirectory.h"
 
@@ -18,31 +16,6 @@ using testing::HasSubstr;
 using Kind = RecordedEvent::Kind;
 
 constexpr Timestamp now{std::chrono::seconds(1795167667)};
-
-/// What the project's logger writes while this lives.
-class LogCapture {
- public:
-  LogCapture()
-      : logger_(log(LogCategory::project)), sinks_(logger_.sinks()), level_(logger_.level()) {
-    logger_.sinks() = {std::make_shared<spdlog::sinks::ostream_sink_mt>(text_)};
-    logger_.set_pattern("%l: %v");
-    logger_.set_level(spdlog::level::info);
-  }
-  LogCapture(const LogCapture&) = delete;
-  LogCapture& operator=(const LogCapture&) = delete;
-  ~LogCapture() {
-    logger_.sinks() = sinks_;
-    logger_.set_level(level_);
-  }
-
-  std::string text() const { return text_.str(); }
-
- private:
-  std::ostringstream text_;
-  spdlog::logger& logger_;
-  std::vector<spdlog::sink_ptr> sinks_;
-  spdlog::level::level_enum level_;
-};
 
 RecordedEvent event(double t, Kind kind, double x = 0) {
   RecordedEvent result;
@@ -81,7 +54,7 @@ TEST(RecordingProject, aLoadLogsOneInformationEntry) {
                 R"({"captureWidth":1920,"captureHeight":1080,"duration":25.0209})");
   directory.put("a.recording/events.jsonl",
                 "{\"t\":1,\"type\":\"click\"}\n{\"t\":2,\"type\":\"up\"}\n");
-  const LogCapture capture;
+  const LogCapture capture{LogCategory::project};
   ASSERT_TRUE(RecordingProject::load(directory / "a.recording/", now));
   EXPECT_EQ(capture.text(), "info: loaded a.recording 1920x1080 dur=25.02s events=2 clicks=1\n");
 }
@@ -90,7 +63,7 @@ TEST(RecordingProject, badLinesAreOneErrorEntryAndNoFailure) {
   const TemporaryDirectory directory;
   directory.put("meta.json", "{}");
   directory.put("events.jsonl", "{\"t\":1,\"type\":\"jump\"}\n{\"t\":2,\"ty");
-  const LogCapture capture;
+  const LogCapture capture{LogCategory::project};
   const auto project = RecordingProject::load(directory.path(), now);
   ASSERT_TRUE(project);
   EXPECT_TRUE(project->events.empty());
@@ -160,7 +133,7 @@ TEST(RecordingProject, mediaThatArePipesOrLeadOutOfThePackageAreNone) {
   const auto project = RecordingProject::make(directory / "a.recording", {}, {});
   std::filesystem::create_symlink("../private.mov", project.url / "camera.mov");
   ASSERT_EQ(::mkfifo((project.url / "mic.m4a").c_str(), 0600), 0);
-  const LogCapture capture;
+  const LogCapture capture{LogCategory::project};
   EXPECT_EQ(project.cameraURL(), std::nullopt);
   EXPECT_EQ(project.micURL(), std::nullopt);
   EXPECT_THAT(capture.text(), HasSubstr("camera.mov”：它是一个链接，指向录制包之外"));
@@ -168,7 +141,7 @@ TEST(RecordingProject, mediaThatArePipesOrLeadOutOfThePackageAreNone) {
 }
 
 TEST(RecordingProject, theSampleTakeLoadsWhole) {
-  const LogCapture capture;
+  const LogCapture capture{LogCategory::project};
   const auto project = RecordingProject::load(VESK_SAMPLE_TAKE, now);
   ASSERT_TRUE(project);
   EXPECT_FALSE(project->moves.empty());
