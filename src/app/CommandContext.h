@@ -3,8 +3,10 @@
 #include <cstdio>
 #include <filesystem>
 #include <functional>
+#include <memory>
 
 #include "app/CameraCheck.h"
+#include "app/CaptureStage.h"
 #include "app/CommandLine.h"
 #include "package/RecordingMeta.h"
 
@@ -20,6 +22,10 @@ struct CommandContext {
   std::function<std::filesystem::path()> libraryRoot;
   /// The compositor's frame layout; may be empty.
   PictureLayout pictureLayout;
+  /// Makes what a command needs to record on this machine.
+  MakeCaptureStage makeCaptureStage;
+  /// The cameras of this machine.
+  std::function<std::unique_ptr<capture::CameraSource>()> openCameras;
 };
 
 }  // namespace vesk::app

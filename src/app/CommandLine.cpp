@@ -15,11 +15,18 @@ bool CommandLine::has(std::string_view flag) const {
 }
 
 std::optional<std::string_view> CommandLine::value(std::string_view flag) const {
+  return behind(flag, 1);
+}
+
+std::optional<std::string_view> CommandLine::secondValue(std::string_view flag) const {
+  return behind(flag, 2);
+}
+
+std::optional<std::string_view> CommandLine::behind(std::string_view flag,
+                                                    std::ptrdiff_t steps) const {
   const auto found = std::ranges::find(arguments_, flag);
-  if (found == arguments_.end() || std::next(found) == arguments_.end()) {
-    return std::nullopt;
-  }
-  return *std::next(found);
+  if (arguments_.end() - found <= steps) return std::nullopt;
+  return found[steps];
 }
 
 std::optional<double> CommandLine::number(std::string_view flag) const {

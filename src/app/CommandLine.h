@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <optional>
 #include <span>
 #include <string>
@@ -20,11 +21,15 @@ class CommandLine {
   /// What stands behind the first occurrence of the flag, whatever it looks like; nothing when the
   /// flag is absent or the last argument. Valid as long as this object.
   std::optional<std::string_view> value(std::string_view flag) const;
+  /// The same for the second argument behind the flag.
+  std::optional<std::string_view> secondValue(std::string_view flag) const;
 
   /// The flag's value as a number.
   std::optional<double> number(std::string_view flag) const;
 
  private:
+  std::optional<std::string_view> behind(std::string_view flag, std::ptrdiff_t steps) const;
+
   std::vector<std::string> arguments_;
 };
 

@@ -4,7 +4,6 @@
 
 #include <algorithm>
 #include <chrono>
-#include <csignal>
 #include <cstdlib>
 #include <filesystem>
 #include <memory>
@@ -89,8 +88,6 @@ int exportMovie(const CommandContext& context) {
                                                       : exporting::ExportRenderer::Redraw::changed;
   exporting::ExportRenderer exporter(headless->device(), std::move(renderer), redraw);
 
-  // A reader of the progress that goes away must not take the export with it.
-  std::signal(SIGPIPE, SIG_IGN);  // NOLINT: fails only for a signal that does not exist
   const Clock::time_point start = Clock::now();
   const SignalWatch interruption([&] { exporter.cancel(); });
   ProgressLine progress(context.out, ProgressLine::suitableForm(context.out), project->duration(),

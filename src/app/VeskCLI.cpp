@@ -5,12 +5,18 @@
 #include <array>
 
 #include "app/CameraCheck.h"
+#include "app/CameraListCommand.h"
 #include "app/DecodeResilienceCheck.h"
 #include "app/DumpEffects.h"
 #include "app/ExportCloneCheck.h"
 #include "app/ExportCommand.h"
+#include "app/HotKeysCommand.h"
 #include "app/PairingCheck.h"
 #include "app/PersistCheck.h"
+#include "app/SmokeRecordCommand.h"
+#include "app/StaticTailCommand.h"
+#include "app/WindowFramesCommand.h"
+#include "app/WindowResizeCommand.h"
 
 namespace vesk::app {
 namespace {
@@ -44,8 +50,14 @@ constexpr std::array allCommands{
     Command{.flag = "--test-pairing", .needsValue = false, .run = testPairing},
     Command{.flag = "--test-decode-resilience", .needsValue = false, .run = testDecodeResilience},
     Command{.flag = "--test-camera", .needsValue = false, .run = testCamera},
+    Command{.flag = "--test-window-frames", .needsValue = false, .run = testWindowFrames},
     Command{.flag = "--test-export-clone", .needsValue = false, .run = testExportClone},
     Command{.flag = "--test-persist", .needsValue = false, .run = testPersistence},
+    Command{.flag = "--camera-check", .needsValue = false, .run = listCameras},
+    Command{.flag = "--smoke-record", .needsValue = true, .run = smokeRecord},
+    Command{.flag = "--diag-static-tail", .needsValue = true, .run = diagnoseStaticTail},
+    Command{.flag = "--diag-hotkeys", .needsValue = false, .run = diagnoseHotKeys},
+    Command{.flag = "--diag-window-resize", .needsValue = true, .run = diagnoseWindowResize},
     Command{.flag = "--export", .needsValue = true, .run = exportMovie},
     Command{.flag = "--dump-effects", .needsValue = false, .run = dumpEffects},
 };

@@ -1,15 +1,22 @@
 #include <fmt/format.h>
 
 #include <chrono>
+#include <csignal>
 #include <cstddef>
 #include <cstdio>
+#include <expected>
+#include <memory>
 #include <optional>
 #include <span>
 #include <string>
 
+#include "app/CaptureStage.h"
 #include "app/CommandContext.h"
+#include "app/DesktopBackends.h"
 #include "app/RendererLayout.h"
+#include "app/SharedLibrary.h"
 #include "app/VeskCLI.h"
+#include "media/EncoderSelection.h"
 #include "package/LibraryRoot.h"
 #include "package/Log.h"
 #include "package/UserDefaults.h"
@@ -23,12 +30,33 @@ std::filesystem::path libraryRoot() {
       package::UserDefaults(package::UserDefaults::defaultFile()));
 }
 
+std::filesystem::path encoderMemory() {
+  return package::UserDefaults::defaultFile().parent_path() / "encoders.json";
+}
+
+std::expected<std::unique_ptr<app::CaptureStage>, std::string> makeCaptureStage() {
+  auto backends = app::openDesktopBackends();
+  if (!backends) return std::unexpected(backends.error());
+  return std::make_unique<app::CaptureStage>(
+      *std::move(backends), app::sharedLibrary(), [](const media::PictureTrackSettings& settings) {
+        return media::encoderOfThisMachine(settings, encoderMemory());
+      });
+}
+
 void explainCommands() {
   std::string flags;
   for (const app::Command& command : app::commands()) {
     flags += fmt::format(" {}", command.flag);
   }
   fmt::print(stderr, "这个版本只响应命令行，可用的命令有{}\n", flags);
+}
+
+/// A reader of our output, a sound or display server that goes away, and a file that may not grow
+/// any more, are errors of what we do with them and must not end the process.
+void keepRunning() {
+  for (const int signal : {SIGPIPE, SIGXFSZ}) {
+    std::signal(signal, SIG_IGN);  // NOLINT: fails only for a signal that does not exist
+  }
 }
 
 /// Output that could not be written, to a full disk for one, must not pass for a finished command.
@@ -44,6 +72,7 @@ bool closeOutput() {
 
 int main(int argc, char** argv) {
   package::startLogging();
+  keepRunning();
   const auto now = std::chrono::floor<std::chrono::seconds>(std::chrono::system_clock::now());
   const app::CommandContext context{
       .commandLine = app::CommandLine({argv, static_cast<std::size_t>(argc)}),
@@ -51,6 +80,8 @@ int main(int argc, char** argv) {
       .now = now,
       .libraryRoot = libraryRoot,
       .pictureLayout = app::rendererLayout(now),
+      .makeCaptureStage = makeCaptureStage,
+      .openCameras = app::openCameras,
   };
   const std::optional<int> exitCode = app::dispatch(context);
   if (!exitCode) {

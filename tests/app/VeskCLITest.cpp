@@ -20,9 +20,11 @@ TEST(VeskCLI, looksForItsCommandsInAFixedOrder) {
   for (const Command& command : commands()) {
     flags.push_back(command.flag);
   }
-  EXPECT_THAT(flags,
-              ElementsAre("--test-pairing", "--test-decode-resilience", "--test-camera",
-                          "--test-export-clone", "--test-persist", "--export", "--dump-effects"));
+  EXPECT_THAT(
+      flags, ElementsAre("--test-pairing", "--test-decode-resilience", "--test-camera",
+                         "--test-window-frames", "--test-export-clone", "--test-persist",
+                         "--camera-check", "--smoke-record", "--diag-static-tail", "--diag-hotkeys",
+                         "--diag-window-resize", "--export", "--dump-effects"));
 }
 
 TEST(VeskCLI, theFirstCommandOfTheOrderWinsWhereverItStands) {

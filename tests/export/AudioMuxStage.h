@@ -2,14 +2,12 @@
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-#include <spdlog/sinks/ostream_sink.h>
 
 #include <algorithm>
 #include <cmath>
 #include <expected>
 #include <filesystem>
 #include <memory>
-#include <sstream>
 #include <string>
 #include <vector>
 
@@ -18,32 +16,9 @@
 #include "media/TestMovie.h"
 #include "media/TestSound.h"
 #include "package/Log.h"
+#include "package/LogCapture.h"
 
 namespace vesk::exporting {
-
-/// What the export writes to the system log while this lives.
-class LogCapture {
- public:
-  LogCapture() : sinks_(logger_.sinks()), level_(logger_.level()) {
-    logger_.sinks() = {std::make_shared<spdlog::sinks::ostream_sink_mt>(text_)};
-    logger_.set_pattern("%l: %v");
-    logger_.set_level(spdlog::level::info);
-  }
-  LogCapture(const LogCapture&) = delete;
-  LogCapture& operator=(const LogCapture&) = delete;
-  ~LogCapture() {
-    logger_.sinks() = sinks_;
-    logger_.set_level(level_);
-  }
-
-  std::string text() const { return text_.str(); }
-
- private:
-  std::ostringstream text_;
-  spdlog::logger& logger_ = package::log(package::LogCategory::exporting);
-  std::vector<spdlog::sink_ptr> sinks_;
-  spdlog::level::level_enum level_;
-};
 
 inline constexpr double noteLoudness = 0.2;
 
@@ -77,7 +52,7 @@ class AudioMuxStage : public testing::TestWithParam<ExportSettings::Format> {
   }
 
   std::expected<void, ExportError> mux(AudioGains gains = {}, const AudioOperations& work = {}) {
-    const LogCapture capture;
+    const package::LogCapture capture{package::LogCategory::exporting};
     auto outcome = muxAudio(project_, movie_, GetParam(), gains, work);
     log_ = capture.text();
     return outcome;
