@@ -78,9 +78,9 @@ int refuse(const CommandContext& context, const std::vector<Action>& failed) {
 }
 
 void pressBoth(CaptureStage& stage, const Combinations& keys) {
-  stage.loop().runFor(untilZoomIn);
+  stage.runFor(untilZoomIn);
   stage.backends().injector->press(keys.zoomIn);
-  stage.loop().runFor(untilZoomOut);
+  stage.runFor(untilZoomOut);
   stage.backends().injector->press(keys.zoomOut);
 }
 
@@ -121,7 +121,7 @@ int diagnoseHotKeys(const CommandContext& context) {
                seconds);
     std::fflush(context.out);
   }
-  loop.runFor(Seconds{seconds} - (std::chrono::steady_clock::now() - start));
+  (*stage)->runFor(Seconds{seconds} - (std::chrono::steady_clock::now() - start));
   hotKeys.unregisterAll();
 
   fmt::print(context.out, "  收到  放大 {} 次   还原 {} 次\n", counts[0], counts[1]);

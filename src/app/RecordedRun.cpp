@@ -4,8 +4,6 @@
 #include <utility>
 #include <variant>
 
-#include "app/SignalWatch.h"
-
 namespace vesk::app {
 namespace {
 
@@ -45,7 +43,6 @@ std::expected<std::filesystem::path, RunFailure> recordRun(CaptureStage& stage,
   auto& session = stage.session();
   const auto end = std::chrono::steady_clock::now() + Seconds{plan.limit};
   const auto rest = [end] { return Seconds{end - std::chrono::steady_clock::now()}; };
-  const SignalWatch signals{[&session] { session.interrupt("录制进程收到终止信号"); }};
 
   session.start(plan.order);
   const auto isStarted = [&] {

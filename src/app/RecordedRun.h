@@ -26,8 +26,7 @@ struct RunPlan {
   std::function<void(CaptureStage& stage)> perform;
 };
 
-/// Records through the stage's session and gives the package. Ctrl-C and a request to terminate end
-/// the take early, by the ordinary path.
+/// Records through the stage's session and gives the package.
 std::expected<std::filesystem::path, RunFailure> recordRun(CaptureStage& stage,
                                                            const RunPlan& plan);
 

@@ -77,13 +77,13 @@ class ProbeTour {
       : area_{area}, probes_{probes} {}
 
   void operator()(CaptureStage& stage) const {
-    stage.loop().runFor(secondsBefore);
+    stage.runFor(secondsBefore);
     const capture::MonotonicClock clock;
     for (const auto& place : probePlaces) {
       const capture::ScreenPoint target{.x = area_.x + place.x * area_.width,
                                         .y = area_.y + place.y * area_.height};
       if (!stage.backends().injector->movePointer(target)) return;
-      stage.loop().runFor(secondsAtEachProbe);
+      stage.runFor(secondsAtEachProbe);
       probes_.push_back({.place = place, .leftAt = clock.now()});
     }
   }

@@ -35,12 +35,10 @@ std::filesystem::path encoderMemory() {
 }
 
 std::expected<std::unique_ptr<app::CaptureStage>, std::string> makeCaptureStage() {
-  auto backends = app::openDesktopBackends();
-  if (!backends) return std::unexpected(backends.error());
-  return std::make_unique<app::CaptureStage>(
-      *std::move(backends), app::sharedLibrary(), [](const media::PictureTrackSettings& settings) {
-        return media::encoderOfThisMachine(settings, encoderMemory());
-      });
+  return app::CaptureStage::open(app::openDesktopBackends, app::sharedLibrary(),
+                                 [](const media::PictureTrackSettings& settings) {
+                                   return media::encoderOfThisMachine(settings, encoderMemory());
+                                 });
 }
 
 void explainCommands() {

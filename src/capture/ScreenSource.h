@@ -78,7 +78,8 @@ class ScreenSource {
   virtual ~ScreenSource() = default;
 
   /// Calls back on a thread of the stream's own, at most `fps` times a second on a steady clock,
-  /// with a complete frame first. `onEnd` is called once, when no further frame will come although
+  /// with two complete frames first, whatever the screen does: a movie needs two pictures to have a
+  /// length. `onEnd` is called once, when no further frame will come although
   /// nobody ended the stream. A subject that is not there is an error.
   virtual std::expected<std::unique_ptr<Listening>, BackendError> stream(
       const ScreenRequest& request, OnFrame onFrame, OnEnd onEnd) = 0;

@@ -67,8 +67,8 @@ class CaptureCommand : public testing::Test {
         .camera = std::make_unique<capture::fake::FakeCameraSource>(),
         .injector = std::move(injector),
         .keyboardLayout = [](capture::KeyCode) { return std::string{"1"}; }};
-    stage_ = std::make_unique<CaptureStage>(
-        std::move(backends), library_, [](const auto&) { return media::plainestCaptureEncoder(); });
+    stage_ = *CaptureStage::open([&] { return std::move(backends); }, library_,
+                                 [](const auto&) { return media::plainestCaptureEncoder(); });
   }
 
   /// What a command prints, and its exit code behind it.

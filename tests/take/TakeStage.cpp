@@ -60,10 +60,10 @@ TakeStage::TakeStage(Devices devices)
       remote, VirtualCamera::Options{.name = "camera", .description = "测试摄像头"},
       std::move(devices.seen));
   library_.setRoot(folder_ / "takes");
-  auto backends = app::openDesktopBackends();
-  if (!backends) throw std::runtime_error(backends.error());
-  stage_ = std::make_unique<app::CaptureStage>(
-      *std::move(backends), library_, [](const auto&) { return media::plainestCaptureEncoder(); });
+  auto stage = app::CaptureStage::open(app::openDesktopBackends, library_,
+                                       [](const auto&) { return media::plainestCaptureEncoder(); });
+  if (!stage) throw std::runtime_error(stage.error());
+  stage_ = *std::move(stage);
 }
 
 void TakeStage::paintGreen(std::span<std::uint8_t> bytes, media::HostTime) {

@@ -18,15 +18,35 @@ void ignoreBrokenPipes() {
   ::pthread_sigmask(SIG_BLOCK, &signals, nullptr);
 }
 
+/// Makes the first two looks complete. A movie of one picture has no length, so that a take of a
+/// screen that never changes would be over as soon as it began.
+class FirstLooks {
+ public:
+  void complete(ScreenFrame& frame) {
+    ++count_;
+    if (count_ == 1) first_ = frame.pixels;
+    if (count_ != 2 || frame.status == ScreenFrame::Status::complete) return;
+    // A look that finds nothing new leaves the pixels of the one before as they are.
+    frame.status = ScreenFrame::Status::complete;
+    frame.pixels = first_;
+  }
+
+ private:
+  int count_ = 0;
+  media::BgraView first_;
+};
+
 void lookUntil(const std::stop_token& stop, ScreenView& view, int fps,
                const ScreenSource::OnFrame& onFrame, const ScreenSource::OnEnd& onEnd) {
   ::pthread_setname_np(::pthread_self(), "vesk.screen");
   ignoreBrokenPipes();
   FrameClock clock{fps};
+  FirstLooks firstLooks;
   while (clock.wait(stop)) {
-    const auto frame = view.look();
+    auto frame = view.look();
     if (stop.stop_requested()) return;
     if (!frame) return onEnd(frame.error());
+    firstLooks.complete(*frame);
     onFrame(*frame);
   }
 }

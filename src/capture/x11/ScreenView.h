@@ -14,7 +14,7 @@ class ScreenView {
   ScreenView& operator=(const ScreenView&) = delete;
   virtual ~ScreenView() = default;
 
-  /// The first time a complete frame. Its pixels are valid until the next call.
+  /// The first time a complete frame. Its pixels are valid until the next one that is complete.
   virtual std::expected<ScreenFrame, ScreenStreamEnd> look() = 0;
 
   /// Makes look() fail soon, also one that waits for the server. May be called from any thread.
