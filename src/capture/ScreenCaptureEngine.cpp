@@ -208,7 +208,7 @@ void ScreenCaptureEngine::receiveSoundEnd(const std::string& cause) {
   interrupt("系统声音意外停止：" + cause);
 }
 
-void ScreenCaptureEngine::interrupt(std::string reason) {
+void ScreenCaptureEngine::interrupt(const std::string& reason) {
   {
     const std::scoped_lock lock{mutex_};
     interrupted_ = true;

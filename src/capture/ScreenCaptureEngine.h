@@ -101,7 +101,7 @@ class ScreenCaptureEngine {
   void receive(const media::SoundBlock& sound);
   void receiveEnd(const ScreenStreamEnd& end);
   void receiveSoundEnd(const std::string& cause);
-  void interrupt(std::string reason);
+  void interrupt(const std::string& reason);
 
   // With the mutex held.
   void track(const package::Rect& contentRect);

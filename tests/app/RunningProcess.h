@@ -27,6 +27,7 @@ class RunningProcess {
   /// Waits until the output holds this text; false when it ended without.
   bool waitFor(std::string_view text);
 
+  pid_t id() const { return process_; }
   void send(int signal) const;
 
   /// Waits for the end. The exit code, −1 when a signal ended it.

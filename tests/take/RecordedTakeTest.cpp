@@ -7,12 +7,15 @@
 #include <functional>
 #include <numbers>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "capture/ShortcutSettings.h"
 #include "media/PictureDuration.h"
+#include "media/TestMovie.h"
 #include "media/TestSound.h"
 #include "media/VideoReader.h"
+#include "package/LogCapture.h"
 #include "take/TakeStage.h"
 
 namespace vesk::take {
@@ -78,6 +81,16 @@ double purity(const std::vector<media::StereoSample>& sound, double from, double
   }
   const auto count = static_cast<double>(last - first);
   return power == 0 ? 0 : 2 * (sine * sine + cosine * cosine) / (count * power);
+}
+
+constexpr capture::KeyCode returnKey = 36;
+
+/// The key of a letter or digit on an American keyboard.
+capture::KeyCode keyOf(char letter) {
+  constexpr std::string_view letters = "asdfhgzxcv?bqweryt123465=97-80]ou[ip";
+  const auto place = letters.find(letter);
+  if (place < letters.size()) return static_cast<capture::KeyCode>(place);
+  return letter == 'k' ? 40 : 0;
 }
 
 class RecordedTake : public testing::Test, public TakeStage {
@@ -156,6 +169,67 @@ TEST_F(RecordedTake, aScriptedSessionBecomesAPackageAndAMovie) {
   const auto voice = media::played(movie, 1);
   EXPECT_THAT(purity(system, 2, 5, playedTone), Gt(0.95));
   EXPECT_THAT(purity(voice, 2, 5, spokenTone), Gt(0.95));
+}
+
+TEST_F(RecordedTake, aWindowIsRecordedWhateverCoversIt) {
+  const auto window = painter_.open({.x = 200, .y = 150, .width = 400, .height = 300}, red);
+  painter_.open({.x = 300, .y = 150, .width = 400, .height = 300}, 0x10E010);
+  ASSERT_TRUE(record({.scope = {CaptureScope::Window{window}}}));
+  wait(500ms);
+  user_.movePointer({.x = 300, .y = 300});
+  user_.clickButton(1);
+  painter_.draw(window, {.x = 0, .y = 0, .width = 10, .height = 10}, 0x1010E0);
+  wait(1s);
+  ASSERT_TRUE(finish());
+  const auto opened = project();
+  ASSERT_TRUE(opened);
+  EXPECT_EQ(opened->meta.captureWidth, 400);
+  EXPECT_EQ(opened->meta.captureHeight, 300);
+  EXPECT_EQ(opened->meta.scope, CaptureScope(CaptureScope::Window{window}));
+  const auto click = first(*opened, Kind::click);
+  EXPECT_NEAR(*click.x, 0.25, 0.003);
+  EXPECT_NEAR(*click.y, 0.5, 0.004);
+  EXPECT_THAT(share(opened->screenURL(), click.t, isRed), Gt(990));
+}
+
+TEST_F(RecordedTake, aPasswordIsWrittenNowhere) {
+  auto& input = *stage_->backends().input;
+  display_.start({"xterm", "-geometry", "60x20+40+40"});
+  const package::LogCapture events{package::LogCategory::events};
+  const package::LogCapture session{package::LogCategory::session};
+  ASSERT_TRUE(record({.captureKeyboard = true, .scope = {CaptureScope::Display{displayID()}}}));
+  wait(500ms);
+  user_.type(keyOf('a'), 0);
+  wait(200ms);
+  display_.start({"zenity", "--password"});
+  ASSERT_TRUE(waitUntil([&] { return input.isSecureInput(); }));
+  wait(300ms);
+  const std::string canary = "vq7xk";
+  for (const char letter : canary) user_.type(keyOf(letter), 0);
+  wait(300ms);
+  user_.type(returnKey, 0);
+  ASSERT_TRUE(waitUntil([&] { return !input.isSecureInput(); }));
+  wait(700ms);
+  user_.type(keyOf('b'), 0);
+  wait(300ms);
+  ASSERT_TRUE(finish());
+
+  const auto opened = project();
+  ASSERT_TRUE(opened);
+  std::string typed;
+  std::string gaps;
+  for (const auto& event : opened->events) {
+    if (event.type == Kind::key) typed += event.combo.value_or("?");
+    if (event.type == Kind::gap) gaps += event.reason.value_or("?") + " ";
+  }
+  EXPECT_EQ(typed, "AB");
+  EXPECT_EQ(gaps, "secureInputBegan secureInputEnded ");
+  for (const auto& file : std::filesystem::directory_iterator(opened->url)) {
+    EXPECT_THAT(media::bytesOf(file.path()), testing::Not(testing::HasSubstr(canary)));
+  }
+  for (const auto& log : {events.text(), session.text()}) {
+    EXPECT_THAT(log, testing::Not(testing::HasSubstr(canary)));
+  }
 }
 
 TEST_F(RecordedTake, aDisplayServerThatDiesEndsTheTakeWithAPackageThatOpens) {
