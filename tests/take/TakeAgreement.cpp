@@ -13,13 +13,16 @@
 #include <cstdint>
 #include <cstdlib>
 #include <functional>
+#include <memory>
 #include <optional>
 #include <span>
 #include <string>
 #include <thread>
+#include <utility>
 #include <vector>
 
 #include "capture/Clock.h"
+#include "capture/PointerSampler.h"
 #include "media/TestSound.h"
 #include "media/VideoReader.h"
 #include "take/TakeStage.h"
@@ -128,6 +131,21 @@ void print(std::string_view name, const std::vector<double>& sorted) {
              sorted.size(), at(0), at(0.5), at(1));
 }
 
+/// How late the sampler's calls are, in seconds, against a grid that begins with the earliest.
+std::vector<double> latenesses(std::vector<double> calls) {
+  constexpr double interval = 1.0 / 120;
+  std::ranges::sort(calls);
+  std::vector<double> late;
+  double earliest = 1;
+  for (const double call : calls) {
+    late.push_back(std::fmod(call - calls.front() + interval / 2, interval) - interval / 2);
+    earliest = std::min(earliest, late.back());
+  }
+  for (double& value : late) value -= earliest;
+  std::ranges::sort(late);
+  return late;
+}
+
 /// Lets it flash, and gives the moments, on the clock.
 std::vector<double> flashAway(take::TakeStage& stage, Flash& flash, int count) {
   const auto window = stage.painter_.open(
@@ -167,7 +185,11 @@ int measure(int count) {
     fmt::print("the take does not start\n");
     return EXIT_FAILURE;
   }
+  std::vector<double> samples;
+  auto sampler =
+      std::make_unique<capture::PointerSampler>([&samples](double at) { samples.push_back(at); });
   const auto onClock = flashAway(stage, flash, count);
+  sampler.reset();
   const auto take = stage.finish() ? stage.project() : std::nullopt;
   if (!take || !take->meta.firstFramePTS) {
     fmt::print("the take does not end\n");
@@ -188,6 +210,11 @@ int measure(int count) {
   const auto& report = *stage.session().lastCaptureReport();
   fmt::print("{} flashes; {} frames written, {} idle, {} dropped\n", count, report.completeFrames,
              report.idleFrames, report.droppedFrames);
+  const auto late = latenesses(std::move(samples));
+  fmt::print(
+      "sampler, late by: median {:.2f}, 99 in 100 under {:.2f}, most {:.2f} ms of {} calls\n",
+      1000 * late[late.size() / 2], 1000 * late[late.size() * 99 / 100], 1000 * late.back(),
+      late.size());
   fmt::print("later than the moment:\n");
   print("  click in the log", differences(moments, clicks));
   print("  picture", differences(moments, pictures));
