@@ -18,7 +18,10 @@ std::vector<std::uint32_t> numbers(const Connection& connection, std::uint32_t w
                                    std::string_view property) {
   const auto bytes = connection.property(window, connection.atom(property)).value_or("");
   std::vector<std::uint32_t> numbers(bytes.size() / sizeof(std::uint32_t));
-  std::memcpy(numbers.data(), bytes.data(), numbers.size() * sizeof(std::uint32_t));
+  // An empty vector's data may be null, which memcpy may not be given.
+  if (!numbers.empty()) {
+    std::memcpy(numbers.data(), bytes.data(), numbers.size() * sizeof(std::uint32_t));
+  }
   return numbers;
 }
 
