@@ -317,6 +317,53 @@ TEST_F(RecordingSessionTest, anInterruptionEndsTheTakeByTheOrdinaryPath) {
   EXPECT_EQ(session_->interruptNotice(), "屏幕捕获意外停止：显示服务器断开");
 }
 
+TEST_F(RecordingSessionTest, aMicrophoneFileThatCannotBeWrittenMarksTheTake) {
+  ASSERT_TRUE(record({.captureMicrophone = true}));
+  hear(*microphone_, 100s);
+  movies_.breakMovie("mic.m4a", "磁盘已满");
+  hear(*microphone_, 101s);
+  EXPECT_TRUE(is<state::Recording>());
+  ASSERT_TRUE(finish());
+  EXPECT_TRUE(meta().hasMicrophone);
+  EXPECT_EQ(meta().interruptReason, "麦克风：磁盘已满");
+}
+
+TEST_F(RecordingSessionTest, aMovieThatCannotBeWrittenEndsTheTake) {
+  ASSERT_TRUE(record());
+  screen_->show(100s);
+  movies_.breakMovie("screen.mov", "磁盘已满");
+  screen_->show(101s);
+  ASSERT_TRUE(becomes<state::Finished>());
+  EXPECT_TRUE(meta().interrupted);
+  EXPECT_EQ(meta().interruptReason, "录制中断：磁盘已满");
+}
+
+TEST_F(RecordingSessionTest, aTakeWithoutACameraKeepsNothingOfTheCameraOfTheTakeBefore) {
+  ASSERT_TRUE(record({.captureMicrophone = true, .captureCamera = true}));
+  hear(*microphone_, 100s);
+  camera_->show(100s, 0x808080);
+  ASSERT_TRUE(finish());
+  EXPECT_EQ(meta().cameraFirstFramePTS, 100.0);
+  now_ += 1s;
+  ASSERT_TRUE(record());
+  ASSERT_TRUE(finish());
+  EXPECT_EQ(meta().cameraFirstFramePTS, std::nullopt);
+  EXPECT_EQ(meta().micFirstSamplePTS, std::nullopt);
+}
+
+TEST_F(RecordingSessionTest, aLitFrameOfAnEarlierTakeDoesNotShiftTheCamera) {
+  ASSERT_TRUE(record({.captureCamera = true}));
+  camera_->show(100s, 0x808080);
+  ASSERT_TRUE(finish());
+  EXPECT_EQ(meta().cameraFirstLitPTS, 100.0);
+  now_ += 1s;
+  ASSERT_TRUE(record({.captureCamera = true}));
+  camera_->show(200s, 0x808080);
+  ASSERT_TRUE(finish());
+  EXPECT_EQ(meta().cameraFirstFramePTS, 200.0);
+  EXPECT_EQ(meta().cameraFirstLitPTS, std::nullopt);
+}
+
 TEST_F(RecordingSessionTest, anInterruptionAndASideFailureGiveOneReason) {
   ASSERT_TRUE(record({.captureMicrophone = true}));
   microphone_->end(BackendError{"已断开"});
