@@ -105,8 +105,8 @@ TEST_P(SignalledTake, endsByTheOrdinaryPathWithAReason) {
 }
 
 INSTANTIATE_TEST_SUITE_P(Signals, SignalledTake, testing::Values(SIGINT, SIGTERM),
-                         [](const auto& info) {
-                           return std::string{info.param == SIGINT ? "interrupt" : "terminate"};
+                         [](const auto& each) {
+                           return std::string{each.param == SIGINT ? "interrupt" : "terminate"};
                          });
 
 TEST_F(InterruptedTake, aFullDiskEndsTheTakeAndWhatWasWrittenOpens) {

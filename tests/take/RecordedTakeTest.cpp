@@ -200,7 +200,7 @@ TEST_F(RecordedTake, aPasswordIsWrittenNowhere) {
   ASSERT_TRUE(record({.captureKeyboard = true, .scope = {CaptureScope::Display{displayID()}}}));
   wait(500ms);
   user_.type(keyOf('a'), 0);
-  wait(200ms);
+  wait(1s);  // a key of the last half second before a password field goes unwritten
   display_.start({"zenity", "--password"});
   ASSERT_TRUE(waitUntil([&] { return input.isSecureInput(); }));
   wait(300ms);
