@@ -3,11 +3,11 @@
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
-#include <cstdlib>
 #include <filesystem>
 #include <string>
 #include <string_view>
 
+#include "ScratchFolder.h"
 #include "media/FragmentJoining.h"
 #include "media/FragmentedMovie.h"
 #include "package/FileText.h"
@@ -16,37 +16,9 @@ namespace {
 
 namespace fs = std::filesystem;
 using namespace vesk;
+using fuzz::require;
 
 constexpr std::size_t headerSize = 16;
-
-void require(bool condition) {
-  if (!condition) std::abort();
-}
-
-/// A file of this process's own, in memory where the machine has such a place.
-class Stage {
- public:
-  Stage() {
-    std::error_code error;
-    const fs::path memory = "/dev/shm";
-    const fs::path parent =
-        fs::is_directory(memory, error) ? memory : fs::temp_directory_path(error);
-    std::string name = (parent / "vesk-fuzz-XXXXXX").string();
-    require(::mkdtemp(name.data()) != nullptr);
-    folder_ = name;
-  }
-  Stage(const Stage&) = delete;
-  Stage& operator=(const Stage&) = delete;
-  ~Stage() {
-    std::error_code ignored;
-    fs::remove_all(folder_, ignored);
-  }
-
-  fs::path movie() const { return folder_ / "screen.mov"; }
-
- private:
-  fs::path folder_;
-};
 
 std::string contentsOf(const fs::path& file) {
   return package::readWholeFile(file, std::uintmax_t{1} << 30).value();
@@ -79,20 +51,20 @@ void requireSameMedia(std::string_view before, std::string_view after,
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-  static const Stage stage;
+  static const fuzz::ScratchFolder folder;
+  const fs::path file = folder.path() / "screen.mov";
   const std::string_view before(reinterpret_cast<const char*>(data), size);
-  require(package::writeFile(stage.movie(), before).has_value());
-  const auto movie =
-      media::FragmentedMovie::read(media::RandomAccessFile::open(stage.movie()).value());
+  require(package::writeFile(file, before).has_value());
+  const auto movie = media::FragmentedMovie::read(media::RandomAccessFile::open(file).value());
   if (movie) requireSamplesInside(*movie);
 
-  const auto joined = media::joinFragments(stage.movie());
-  const std::string after = contentsOf(stage.movie());
+  const auto joined = media::joinFragments(file);
+  const std::string after = contentsOf(file);
   if (!joined) {
     require(!joined.error().message.empty() && after == before);
     return 0;
   }
   requireSameMedia(before, after, movie.value());
-  require(!media::joinFragments(stage.movie()) && contentsOf(stage.movie()) == after);
+  require(!media::joinFragments(file) && contentsOf(file) == after);
   return 0;
 }

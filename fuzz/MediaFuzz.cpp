@@ -3,11 +3,11 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
-#include <cstdlib>
 #include <filesystem>
 #include <string>
 #include <string_view>
 
+#include "ScratchFolder.h"
 #include "compositor/CameraFrameReader.h"
 #include "export/AudioMux.h"
 #include "media/I420Picture.h"
@@ -21,36 +21,18 @@ namespace {
 
 namespace fs = std::filesystem;
 using namespace vesk;
+using fuzz::require;
 
 constexpr std::array<std::string_view, 4> fileNames{"screen.mov", "camera.mov", "mic.m4a",
                                                     "thumb.jpg"};
 constexpr int framesLookedAt = 200;
 
-void require(bool condition) {
-  if (!condition) std::abort();
-}
-
-/// A folder of this process's own, in memory where the machine has such a place.
+/// Where the files of a run lie.
 class Stage {
  public:
-  Stage() {
-    std::error_code error;
-    const fs::path memory = "/dev/shm";
-    const fs::path parent =
-        fs::is_directory(memory, error) ? memory : fs::temp_directory_path(error);
-    std::string name = (parent / "vesk-fuzz-XXXXXX").string();
-    require(::mkdtemp(name.data()) != nullptr);
-    folder_ = name;
-    writeSilentMovie();
-  }
-  Stage(const Stage&) = delete;
-  Stage& operator=(const Stage&) = delete;
-  ~Stage() {
-    std::error_code ignored;
-    fs::remove_all(folder_, ignored);
-  }
+  Stage() { writeSilentMovie(); }
 
-  fs::path package() const { return folder_ / "take.recording"; }
+  fs::path package() const { return folder_.path() / "take.recording"; }
 
   /// A package with one media file.
   void lay(std::string_view name, std::string_view bytes) const {
@@ -65,33 +47,34 @@ class Stage {
 
   /// A fresh copy of a finished movie without sound.
   fs::path silentMovie() const {
-    fs::path copy = folder_ / "movie.mp4";
-    fs::copy_file(folder_ / "silent.mp4", copy, fs::copy_options::overwrite_existing);
+    fs::path copy = folder_.path() / "movie.mp4";
+    fs::copy_file(folder_.path() / "silent.mp4", copy, fs::copy_options::overwrite_existing);
     return copy;
   }
 
   /// An export must leave its movie and nothing else.
   void requireOneMovie() const {
-    for (const auto& entry : fs::directory_iterator(folder_)) {
+    for (const auto& entry : fs::directory_iterator(folder_.path())) {
       const std::string name = entry.path().filename().string();
       require(name == "movie.mp4" || name == "silent.mp4" || name == "take.recording");
     }
-    require(fs::exists(folder_ / "movie.mp4"));
+    require(fs::exists(folder_.path() / "movie.mp4"));
   }
 
  private:
   void writeSilentMovie() const {
     constexpr int width = 32;
     constexpr int height = 18;
-    auto writer = media::VideoWriter::open(
-        folder_ / "silent.mp4", {.width = width, .height = height, .fps = 10, .bitRate = 50'000});
+    auto writer =
+        media::VideoWriter::open(folder_.path() / "silent.mp4",
+                                 {.width = width, .height = height, .fps = 10, .bitRate = 50'000});
     require(writer.has_value());
     const media::I420Picture picture(width, height);
     for (int index = 0; index < 5; ++index) require(writer->write(picture, index).has_value());
     require(writer->finish().has_value());
   }
 
-  fs::path folder_;
+  fuzz::ScratchFolder folder_;
 };
 
 void play(const fs::path& movie) {

@@ -19,21 +19,6 @@ constexpr double secondsOfGrace = 30;
 constexpr double largestGap = 0.5;
 constexpr double shortestTail = 0.1;
 
-void printReport(std::FILE* out, const capture::ScreenCaptureEngine::Report& report) {
-  fmt::print(out, "  帧统计  写入 {}   idle {}   丢 {}\n", report.completeFrames, report.idleFrames,
-             report.droppedFrames);
-  if (report.lastCompletePTS && report.lastAnyPTS) {
-    fmt::print(out, "  最后一次画面变化 {:.3f}   最后收到帧 {:.3f}   静态尾巴 {:.3f}s\n",
-               *report.lastCompletePTS, *report.lastAnyPTS,
-               *report.lastAnyPTS - *report.lastCompletePTS);
-  }
-  if (report.idleFrames == 0) {
-    fmt::print(out,
-               "  ⚠️ 全程没有 idle 帧 —— 屏幕一直在变（终端光标、菜单栏时钟都算），\n"
-               "     这次测不到静态尾巴。要真测得把屏幕彻底静下来。\n");
-  }
-}
-
 int fail(const CommandContext& context, std::string_view message) {
   fmt::print(context.out, "  ✗ {}\n", message);
   return 1;
@@ -48,6 +33,22 @@ std::optional<package::Rect> looseRegion(std::string_view text) {
   }
   if (numbers.size() != 4) return std::nullopt;
   return package::Rect{.x = numbers[0], .y = numbers[1], .width = numbers[2], .height = numbers[3]};
+}
+
+std::string staticTailReport(const capture::ScreenCaptureEngine::Report& report) {
+  std::string text = fmt::format("  帧统计  写入 {}   idle {}   丢 {}\n", report.completeFrames,
+                                 report.idleFrames, report.droppedFrames);
+  if (report.lastCompletePTS && report.lastAnyPTS) {
+    text += fmt::format("  最后一次画面变化 {:.3f}   最后收到帧 {:.3f}   静态尾巴 {:.3f}s\n",
+                        *report.lastCompletePTS, *report.lastAnyPTS,
+                        *report.lastAnyPTS - *report.lastCompletePTS);
+  }
+  if (report.idleFrames == 0) {
+    text +=
+        "  ⚠️ 全程没有 idle 帧 —— 屏幕一直在变（终端光标、菜单栏时钟都算），\n"
+        "     这次测不到静态尾巴。要真测得把屏幕彻底静下来。\n";
+  }
+  return text;
 }
 
 CheckOutcome staticTailVerdict(double gap, double tail) {
@@ -80,7 +81,7 @@ int diagnoseStaticTail(const CommandContext& context) {
   if (!package) return fail(context, package.error().timedOut ? "超时" : package.error().message);
   const auto report =
       (*stage)->session().lastCaptureReport().value_or(capture::ScreenCaptureEngine::Report{});
-  printReport(context.out, report);
+  fmt::print(context.out, "{}", staticTailReport(report));
 
   const auto project = package::RecordingProject::load(*package, context.now);
   const auto length = media::pictureDuration(*package / "screen.mov");

@@ -1,10 +1,12 @@
 #pragma once
 
 #include <optional>
+#include <string>
 #include <string_view>
 
 #include "app/CommandContext.h"
 #include "app/SelfCheck.h"
+#include "capture/ScreenCaptureEngine.h"
 #include "package/CaptureScope.h"
 
 namespace vesk::app {
@@ -15,6 +17,9 @@ int diagnoseStaticTail(const CommandContext& context);
 
 /// The rectangle of "--region": the numbers among the pieces between commas, when there are four.
 std::optional<package::Rect> looseRegion(std::string_view text);
+
+/// The lines on what was seen of the screen.
+std::string staticTailReport(const capture::ScreenCaptureEngine::Report& report);
 
 /// What a take says of the tail.
 /// @param gap seconds by which the movie is shorter than the take.

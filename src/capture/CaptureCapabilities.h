@@ -3,6 +3,7 @@
 namespace vesk::capture {
 
 /// What the backends of this desktop can give, so that the user can be told what they cannot.
+/// Whether a device is plugged in is another matter, which the backends are asked when it counts.
 struct CaptureCapabilities {
   bool displays = false;
   bool windows = false;          ///< one window, followed where it goes and whatever covers it

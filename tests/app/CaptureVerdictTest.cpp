@@ -34,6 +34,19 @@ TEST(StaticTailVerdict, aScreenThatNeverStoodStillIsAWeakPass) {
   EXPECT_EQ(outcome.exitCode, 0);
 }
 
+TEST(StaticTailReport, aScreenThatMovedThroughoutIsWarnedOf) {
+  const auto text = staticTailReport({.completeFrames = 60});
+  EXPECT_THAT(text, HasSubstr("  帧统计  写入 60   idle 0   丢 0\n"));
+  EXPECT_THAT(text, HasSubstr("全程没有 idle 帧"));
+}
+
+TEST(StaticTailReport, aScreenThatStoodStillHasItsTail) {
+  const auto text = staticTailReport(
+      {.completeFrames = 2, .idleFrames = 58, .lastCompletePTS = 10.0, .lastAnyPTS = 13.5});
+  EXPECT_THAT(text, HasSubstr("  最后一次画面变化 10.000   最后收到帧 13.500   静态尾巴 3.500s\n"));
+  EXPECT_THAT(text, Not(HasSubstr("idle 帧")));
+}
+
 constexpr ScreenSize small{.width = 400, .height = 300};
 
 TEST(WindowResizeVerdict, aWindowThatKeptItsSizeIsAWeakPass) {

@@ -6,9 +6,8 @@
 
 namespace vesk::capture::pipewire {
 
-/// The default microphone, in one channel. It follows a
-/// change of that device. Every call stands for itself, so that a server that was started anew is
-/// found again.
+/// The default microphone, in one channel. It follows a change of that device. Every call stands
+/// for itself, so that a server that was started anew is found again.
 class Microphone final : public SoundSource {
  public:
   /// @param remote the path of the server's socket, or its name; empty for that of the environment.

@@ -7,6 +7,7 @@
 #include <array>
 #include <utility>
 
+#include "capture/pipewire/LatestBuffer.h"
 #include "capture/pipewire/TickCount.h"
 #include "media/StereoSample.h"
 
@@ -121,14 +122,7 @@ class SoundStream::Stream {
   }
 
   void process() {
-    pw_buffer* buffer = pw_stream_dequeue_buffer(stream_);
-    if (buffer == nullptr) return;
-    // Should there be more than one, the time is that of the last.
-    while (pw_buffer* const later = pw_stream_dequeue_buffer(stream_)) {
-      pw_stream_queue_buffer(stream_, std::exchange(buffer, later));
-    }
-    deliver(*buffer->buffer);
-    pw_stream_queue_buffer(stream_, buffer);
+    deliverLatest(stream_, [this](const spa_buffer& buffer) { deliver(buffer); });
   }
 
   void deliver(const spa_buffer& buffer) {

@@ -15,6 +15,7 @@
 
 #include "capture/camera/FrameStamp.h"
 #include "capture/camera/UprightPicture.h"
+#include "capture/pipewire/LatestBuffer.h"
 #include "capture/pipewire/VideoFormats.h"
 
 namespace vesk::capture::pipewire {
@@ -146,13 +147,7 @@ class VideoStream::Stream {
   }
 
   void process() {
-    pw_buffer* buffer = pw_stream_dequeue_buffer(stream_);
-    if (buffer == nullptr) return;
-    while (pw_buffer* const later = pw_stream_dequeue_buffer(stream_)) {
-      pw_stream_queue_buffer(stream_, std::exchange(buffer, later));
-    }
-    deliver(*buffer->buffer);
-    pw_stream_queue_buffer(stream_, buffer);
+    deliverLatest(stream_, [this](const spa_buffer& buffer) { deliver(buffer); });
   }
 
   void deliver(const spa_buffer& buffer) {
