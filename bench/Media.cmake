@@ -1,1 +1,1 @@
-vesk_bench(media_bench SOURCES MediaBench.cpp LIBRARIES vesk::media)
+vesk_bench(media_bench SOURCES MediaBench.cpp MediaFeedBench.cpp LIBRARIES vesk::media)

@@ -8,6 +8,8 @@
 #include "app/CameraCheck.h"
 #include "app/CaptureStage.h"
 #include "app/CommandLine.h"
+#include "editor/SoundOutput.h"
+#include "package/RecordingLibrary.h"
 #include "package/RecordingMeta.h"
 
 namespace vesk::app {
@@ -24,6 +26,9 @@ struct CommandContext {
   PictureLayout pictureLayout;
   /// Makes what a command needs to record on this machine.
   MakeCaptureStage makeCaptureStage;
+  /// The library of recordings, and where an editor session is heard.
+  std::function<package::RecordingLibrary&()> library;
+  std::function<std::unique_ptr<editor::SoundOutput>()> openSound;
   /// The cameras of this machine.
   std::function<std::unique_ptr<capture::CameraSource>()> openCameras;
 };

@@ -6,8 +6,11 @@
 
 #include "app/CameraCheck.h"
 #include "app/CameraListCommand.h"
+#include "app/CameraSyncCommand.h"
 #include "app/DecodeResilienceCheck.h"
 #include "app/DumpEffects.h"
+#include "app/EditRoundtripCheck.h"
+#include "app/EditorStage.h"
 #include "app/ExportCloneCheck.h"
 #include "app/ExportCommand.h"
 #include "app/HotKeysCommand.h"
@@ -17,6 +20,7 @@
 #include "app/StaticTailCommand.h"
 #include "app/WindowFramesCommand.h"
 #include "app/WindowResizeCommand.h"
+#include "editor/SilentSoundOutput.h"
 
 namespace vesk::app {
 namespace {
@@ -28,6 +32,12 @@ int printOutcome(const CommandContext& context, const CheckOutcome& outcome) {
 
 int testPairing(const CommandContext& context) {
   return printOutcome(context, checkPairing(context.now));
+}
+
+int testEditRoundtrip(const CommandContext& context) {
+  EditorStage stage(context.library(), std::make_unique<editor::SilentSoundOutput>(EditorStage::hostTime));
+  return printOutcome(context,
+                      checkEditRoundtrip(context.now, [&] { return stage.makeSession(); }));
 }
 
 int testDecodeResilience(const CommandContext& context) {
@@ -48,10 +58,12 @@ int testPersistence(const CommandContext& context) {
 
 constexpr std::array allCommands{
     Command{.flag = "--test-pairing", .needsValue = false, .run = testPairing},
+    Command{.flag = "--test-edit-roundtrip", .needsValue = false, .run = testEditRoundtrip},
     Command{.flag = "--test-decode-resilience", .needsValue = false, .run = testDecodeResilience},
     Command{.flag = "--test-camera", .needsValue = false, .run = testCamera},
     Command{.flag = "--test-window-frames", .needsValue = false, .run = testWindowFrames},
     Command{.flag = "--test-export-clone", .needsValue = false, .run = testExportClone},
+    Command{.flag = "--diag-camera-sync", .needsValue = false, .run = diagnoseCameraSync},
     Command{.flag = "--test-persist", .needsValue = false, .run = testPersistence},
     Command{.flag = "--camera-check", .needsValue = false, .run = listCameras},
     Command{.flag = "--smoke-record", .needsValue = true, .run = smokeRecord},

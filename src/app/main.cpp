@@ -16,6 +16,10 @@
 #include "app/RendererLayout.h"
 #include "app/SharedLibrary.h"
 #include "app/VeskCLI.h"
+#ifdef VESK_WINDOW
+#include "app/window/WindowedStart.h"
+#endif
+#include "editor/pipewire/SoundOutputs.h"
 #include "media/EncoderSelection.h"
 #include "package/LibraryRoot.h"
 #include "package/Log.h"
@@ -41,13 +45,23 @@ std::expected<std::unique_ptr<app::CaptureStage>, std::string> makeCaptureStage(
                                  });
 }
 
-void explainCommands() {
+#ifdef VESK_WINDOW
+int runWithoutCommand(int& argc, char** argv, const app::CommandContext& context) {
+  return app::runWindow(argc, argv,
+                        {.commandLine = context.commandLine,
+                         .library = context.library,
+                         .openSound = context.openSound});
+}
+#else
+int runWithoutCommand(int& /*argc*/, char** /*argv*/, const app::CommandContext& /*context*/) {
   std::string flags;
   for (const app::Command& command : app::commands()) {
     flags += fmt::format(" {}", command.flag);
   }
   fmt::print(stderr, "这个版本只响应命令行，可用的命令有{}\n", flags);
+  return 1;
 }
+#endif
 
 /// A reader of our output, a sound or display server that goes away, and a file that may not grow
 /// any more, are errors of what we do with them and must not end the process.
@@ -79,12 +93,11 @@ int main(int argc, char** argv) {
       .libraryRoot = libraryRoot,
       .pictureLayout = app::rendererLayout(now),
       .makeCaptureStage = makeCaptureStage,
+      .library = app::sharedLibrary,
+      .openSound = [] { return editor::pipewire::openSoundOutput(); },
       .openCameras = app::openCameras,
   };
   const std::optional<int> exitCode = app::dispatch(context);
-  if (!exitCode) {
-    explainCommands();
-    return 1;
-  }
+  if (!exitCode) return runWithoutCommand(argc, argv, context);
   return closeOutput() ? *exitCode : 1;
 }

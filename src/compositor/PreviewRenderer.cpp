@@ -17,8 +17,6 @@ namespace {
 
 using gpu::Pipeline;
 
-// The grey of the stage around the picture.
-constexpr glm::vec4 previewClearColor{0.078F, 0.078F, 0.078F, 1.0F};
 constexpr double previewStep = 1.0 / 60;
 
 }  // namespace
@@ -83,6 +81,10 @@ void PreviewRenderer::bind(std::shared_ptr<const package::RecordingProject> proj
   project_ = std::move(project);
   cursorTrack_ = motion::CursorTrack(*project_);
   cameraOffset_ = cameraOffset(project_->meta);
+  forgetPictures();
+}
+
+void PreviewRenderer::forgetPictures() {
   cameraReader_.reset();
   cameraVisibleFrom_ = 0;
   screen_.clear();
@@ -95,6 +97,12 @@ void PreviewRenderer::load(std::shared_ptr<const package::RecordingProject> proj
   package::log(package::LogCategory::render)
       .info("renderer loaded {} clicks={}", project_->url.filename().string(),
             project_->clicks.size());
+}
+
+void PreviewRenderer::unload() {
+  project_.reset();
+  cursorTrack_ = {};
+  forgetPictures();
 }
 
 void PreviewRenderer::loadForExport(std::shared_ptr<const package::RecordingProject> project) {
@@ -184,18 +192,23 @@ void PreviewRenderer::encodeComposite(gpu::RenderPass& pass, const CompositePlan
   if (plan.camera) drawCamera(pass, *plan.camera);
 }
 
-void PreviewRenderer::draw(const gpu::Framebuffer& target) {
-  const ContentRect rect = contentRect(target.width(), target.height());
+CompositePlan PreviewRenderer::previewPlan(int width, int height) const {
   const motion::CameraPose now = currentPose();
-  const CompositePlan composite =
-      plan(now, previousPose(now), currentTime, rect, target.width(), target.height());
-  gpu::RenderPass pass(target, uniforms_, target.bounds(), previewClearColor);
-  if (hasScreen()) {
-    encodeComposite(pass, composite);
-  } else if (composite.backdrop) {
+  CompositePlan composite =
+      plan(now, previousPose(now), currentTime, contentRect(width, height), width, height);
+  if (!hasScreen()) {
     // The frame's background stands before the first picture has come.
-    drawBackdrop(pass, *composite.backdrop);
+    composite.frame.reset();
+    composite.ripples.clear();
+    composite.cursor.reset();
+    composite.camera.reset();
   }
+  return composite;
+}
+
+void PreviewRenderer::draw(const gpu::Framebuffer& target) {
+  gpu::RenderPass pass(target, uniforms_, target.bounds(), previewClearColor);
+  encodeComposite(pass, previewPlan(target.width(), target.height()));
 }
 
 void PreviewRenderer::rebuildCursorTexture() {

@@ -38,6 +38,9 @@ class PreviewRenderer {
   /// pictures come through showCamera(), and its window shows from the first moment.
   void load(std::shared_ptr<const package::RecordingProject> project);
 
+  /// Lets go of the recording and the pictures shown.
+  void unload();
+
   /// A renderer on `device` with a copy of the settings, bound to `project`; it shares nothing
   /// mutable with this one. The device's context must be current.
   std::expected<std::unique_ptr<PreviewRenderer>, gpu::GpuError> exportClone(
@@ -92,8 +95,14 @@ class PreviewRenderer {
   /// through this and nothing else.
   void encodeComposite(gpu::RenderPass& pass, const CompositePlan& plan);
 
-  /// Draws one frame of the preview: clear grey, the backdrop, and, once there is a picture, the
-  /// composite at `currentTime`.
+  /// What the preview draws at `currentTime`: the composite, and before there is a picture the
+  /// backdrop alone.
+  CompositePlan previewPlan(int width, int height) const;
+
+  /// The grey of the stage around the picture.
+  static constexpr glm::vec4 previewClearColor{0.078F, 0.078F, 0.078F, 1.0F};
+
+  /// Draws one frame of the preview, whole.
   void draw(const gpu::Framebuffer& target);
 
   gpu::UniformBuffers& uniformBuffers() { return uniforms_; }
@@ -114,6 +123,7 @@ class PreviewRenderer {
   static std::expected<Pipelines, gpu::GpuError> buildPipelines();
 
   void bind(std::shared_ptr<const package::RecordingProject> project);
+  void forgetPictures();
   bool showsCameraAt(double time) const;
   void rebuildCursorTexture();
   void drawBackdrop(gpu::RenderPass& pass, const BackdropUniforms& backdrop);

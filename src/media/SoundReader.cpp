@@ -4,7 +4,8 @@
 
 #include <algorithm>
 #include <cmath>
-#include <cstdlib>
+#include <cstddef>
+#include <numeric>
 #include <utility>
 
 #include "media/LibavError.h"
@@ -14,6 +15,7 @@ extern "C" {
 #include <libavcodec/avcodec.h>
 #include <libavformat/avformat.h>
 #include <libavutil/mathematics.h>
+#include <libavutil/samplefmt.h>
 }
 
 namespace vesk::media {
@@ -23,10 +25,34 @@ namespace fs = std::filesystem;
 using Kind = MediaError::Kind;
 
 constexpr AVRational soundTick{1, soundRate};
-/// Some writers round stamps to 1/600 s: what strays less than this from its place follows on.
-constexpr std::int64_t jitter = soundRate / 500;
 /// Stamps beyond it come of damage.
 constexpr std::int64_t latestPosition = std::int64_t{1} << 42;
+/// What a decoder needs to come to itself: Opus 80 ms, AAC a frame, MP3 what its reservoir spans.
+constexpr std::int64_t runUp = soundRate / 4;
+/// Louder is no sound. Above full scale a factor of a thousand, which no gain brings back.
+constexpr float loudest = 1000;
+
+/// After so many samples of a track a sample at soundRate falls on one of its own again.
+std::int64_t gridPeriod(int rate) {
+  return rate / std::gcd(rate, soundRate);
+}
+
+float audible(float value) {
+  return std::abs(value) <= loudest ? value : 0;  // what is no number compares as greater
+}
+
+/// Drops samples from the start of a frame, fewer than it holds.
+void dropStart(AVFrame& frame, int count, AVRational tick) {
+  const auto format = static_cast<AVSampleFormat>(frame.format);
+  const bool isPlanar = av_sample_fmt_is_planar(format) != 0;
+  const int planes = isPlanar ? frame.ch_layout.nb_channels : 1;
+  const std::ptrdiff_t channelsInPlane = isPlanar ? 1 : frame.ch_layout.nb_channels;
+  for (int plane = 0; plane < planes; ++plane) {
+    frame.extended_data[plane] += count * channelsInPlane * av_get_bytes_per_sample(format);
+  }
+  frame.nb_samples -= count;
+  frame.pts += av_rescale_q(count, {1, frame.sample_rate}, tick);
+}
 
 std::expected<CodecPtr, MediaError> openDecoder(const AVStream& track, const fs::path& file) {
   const AVCodec* codec = avcodec_find_decoder(track.codecpar->codec_id);
@@ -87,8 +113,10 @@ void SoundReader::read(std::span<StereoSample> out) {
     const std::int64_t from = std::max(position_, chunkStart_);
     const std::int64_t to = std::min(end, chunkEnd());
     if (from < to) {
-      std::copy(chunk_.begin() + (from - chunkStart_), chunk_.begin() + (to - chunkStart_),
-                out.begin() + (from - start));
+      std::transform(chunk_.begin() + (from - chunkStart_), chunk_.begin() + (to - chunkStart_),
+                     out.begin() + (from - start), [](const StereoSample& sample) {
+                       return StereoSample{audible(sample.left), audible(sample.right)};
+                     });
       position_ = to;
     }
     const bool chunkReachesOn = chunkStart_ >= end || chunkEnd() >= end;
@@ -121,20 +149,69 @@ bool SoundReader::fetch() {
 }
 
 void SoundReader::startRun() {
-  frameWaits_ = resampler_.start(*frame_);
-  runStart_ = framePosition();
-  runTaken_ = 0;
-  chunkStart_ = runStart_;
+  run_ = {.runStart = framePosition(), .taken = 0};
+  if (isResuming_) {
+    isResuming_ = false;
+    resumeRun();
+  }
+  chunkStart_ = run_.position(frame_->sample_rate);
+  frameWaits_ = !isResuming_ && resampler_.start(*frame_);
+}
+
+/// Goes on with the run that the frame at hand is part of, from a sample on from which resampling
+/// gives the same as from the run's start; that may lie behind this frame.
+void SoundReader::resumeRun() {
+  const auto place = index_ ? index_->placeOf(frame_->pts) : std::nullopt;
+  if (!place || frame_->sample_rate != track_->codecpar->sample_rate) {
+    return;
+  }
+  run_ = *place;
+  const std::int64_t period = gridPeriod(frame_->sample_rate);
+  const std::int64_t surplus = (period - run_.taken % period) % period;
+  isResuming_ = surplus >= frame_->nb_samples;
+  if (surplus > 0 && !isResuming_) {
+    dropStart(*frame_, static_cast<int>(surplus), track_->time_base);
+    run_.taken += surplus;
+  }
 }
 
 void SoundReader::takeFrame() {
   resampler_.push(*frame_, chunk_);
-  runTaken_ += frame_->nb_samples;
+  run_.taken += frame_->nb_samples;
   frameWaits_ = false;
 }
 
 bool SoundReader::frameContinuesRun() const {
-  return resampler_.continues(*frame_) && std::abs(framePosition() - runEnd()) <= jitter;
+  return resampler_.continues(*frame_) && run_.goesOnAt(framePosition(), frame_->sample_rate);
+}
+
+void SoundReader::seek(std::int64_t position) {
+  position_ = std::clamp(position, std::int64_t{0}, latestPosition);
+  learnStart();
+  const std::int64_t wholeGrid = soundRate / std::gcd(track_->codecpar->sample_rate, soundRate);
+  const auto stamp = index_ ? index_->stampAt(position_ - runUp - wholeGrid) : std::nullopt;
+  moveTo(stamp.value_or(beginning));
+}
+
+/// Where all places count from: decodes to the first frame if nothing has been read so far.
+void SoundReader::learnStart() {
+  if (!index_ && !frameWaits_) {
+    frameWaits_ = decodeFrame();
+  }
+}
+
+/// Starts to decode from the packet at this stamp on.
+void SoundReader::moveTo(std::int64_t stamp) {
+  firstStamp_ = stamp;
+  const AVIndexEntry* first = avformat_index_get_entry(track_, 0);
+  const std::int64_t earliest = first == nullptr ? 0 : first->timestamp;
+  av_seek_frame(input_.get(), track_->index, std::max(stamp, earliest), AVSEEK_FLAG_BACKWARD);
+  restartDecoder();
+  resampler_.finish(chunk_);
+  chunk_.clear();
+  chunkStart_ = 0;
+  frameWaits_ = false;
+  isResuming_ = true;
 }
 
 /// The next frame that can be made sense of; false at the end.
@@ -143,6 +220,9 @@ bool SoundReader::decodeFrame() {
     const int status = avcodec_receive_frame(decoder_.get(), frame_.get());
     if (status >= 0) {
       if (isPlausible()) {
+        if (!index_ && frame_->pts != AV_NOPTS_VALUE) {
+          index_.emplace(*track_, frame_->pts, frame_->nb_samples);
+        }
         return true;
       }
     } else if (status == AVERROR_EOF || !feedDecoder()) {
@@ -154,7 +234,7 @@ bool SoundReader::decodeFrame() {
 /// Gives the decoder the track's next packet, or once the signal to empty itself.
 bool SoundReader::feedDecoder() {
   while (av_read_frame(input_.get(), packet_.get()) >= 0) {
-    const bool isTaken = packet_->stream_index == track_->index &&
+    const bool isTaken = packet_->stream_index == track_->index && !isTooEarly() &&
                          avcodec_send_packet(decoder_.get(), packet_.get()) >= 0;
     av_packet_unref(packet_.get());
     if (isTaken) {
@@ -162,6 +242,23 @@ bool SoundReader::feedDecoder() {
     }
   }
   return avcodec_send_packet(decoder_.get(), nullptr) >= 0;
+}
+
+/// At the beginning of the track a flushed decoder would not do: it still knows the shape of the
+/// last window and how far its noise has gone.
+void SoundReader::restartDecoder() {
+  if (firstStamp_ == beginning) {
+    if (auto fresh = openDecoder(*track_, {})) {
+      decoder_ = *std::move(fresh);
+      return;
+    }
+  }
+  avcodec_flush_buffers(decoder_.get());
+}
+
+bool SoundReader::isTooEarly() const {
+  return firstStamp_ != beginning && packet_->pts != AV_NOPTS_VALUE &&
+         packet_->pts + packet_->duration <= firstStamp_;
 }
 
 bool SoundReader::isPlausible() const {
@@ -172,12 +269,8 @@ bool SoundReader::isPlausible() const {
 
 /// Where the frame's first sample stands; without a stamp it follows on.
 std::int64_t SoundReader::framePosition() const {
-  return frame_->pts == AV_NOPTS_VALUE ? runEnd()
+  return frame_->pts == AV_NOPTS_VALUE ? run_.position(frame_->sample_rate)
                                        : av_rescale_q(frame_->pts, track_->time_base, soundTick);
-}
-
-std::int64_t SoundReader::runEnd() const {
-  return runStart_ + av_rescale_q(runTaken_, {1, std::max(frame_->sample_rate, 1)}, soundTick);
 }
 
 std::int64_t SoundReader::chunkEnd() const {

@@ -25,8 +25,8 @@ struct VideoInfo {
 };
 
 /// Decodes the first video track of a QuickTime or MP4 file (fragmented ones included) from its
-/// first picture to its last. Reads that one local file and nothing that it refers to. To be used
-/// by one thread at a time.
+/// first picture, or one that was sought, to its last. Reads that one local file and nothing that
+/// it refers to. To be used by one thread at a time.
 class VideoReader {
  public:
   /// `threads` that decode, 0 for one per processor.
@@ -42,10 +42,27 @@ class VideoReader {
   [[nodiscard]] const VideoInfo& info() const noexcept;
 
   /// The next picture in order of presentation, at the size of info(); nothing after the last one.
-  /// `pts` never decreases. Damaged pictures in between are left out. A file that ends early or
-  /// cannot be read on fails after the last picture that could be decoded, as does one of whose
-  /// pictures none could be; end and failure repeat when asked again.
+  /// `pts` never decreases but by a seek. Damaged pictures in between are left out. A file that
+  /// ends early or cannot be read on fails after the last picture that could be decoded, as does
+  /// one of whose pictures none could be; end and failure repeat when asked again.
   [[nodiscard]] std::expected<std::optional<VideoFrame>, MediaError> next();
+
+  /// Moves on, or back, to the last picture at or before `time` (seconds on the file's time line, 0
+  /// for NaN): next() gives it and then those that follow, the same pictures as without a seek.
+  /// Before the first picture that is the first one; after the last readable one, the last. Decodes
+  /// from the key frame before. Fails where the file cannot be read at another place.
+  [[nodiscard]] std::expected<void, MediaError> seek(double time);
+
+  /// The same, but next() begins with the key frame, or the first readable picture after it: one
+  /// that is not after `time`, unless the movie has none.
+  [[nodiscard]] std::expected<void, MediaError> seekKeyFrame(double time);
+
+  /// When the last key frame at or before `time` is shown, as far as the movie's index tells: with
+  /// pictures stored out of order that can be too early until the key frame has been read once.
+  [[nodiscard]] double keyFrameBefore(double time) const;
+
+  /// Makes a next() or seek that runs on another thread fail soon, and all later ones.
+  void interrupt() noexcept;
 
  private:
   class Decoding;

@@ -57,7 +57,7 @@ const std::vector<Backend>& allBackends() {
       {"systemd", std::regex{R"(systemd/.*|spdlog/sinks/systemd_sink\.h)"},
        std::regex{R"(src/package/Log\.cpp|src/capture/x11/AccessibilityBus\.cpp)"}},
       {"the display server and PipeWire", std::regex{R"((X11|xcb|pipewire|spa)/.*)"},
-       std::regex{R"(src/capture/[^/]+/.*\.cpp)"}},
+       std::regex{R"(src/(capture|editor)/[^/]+/.*\.cpp)"}},
       {"Qt", std::regex{R"(Qt?[A-Z]\w*(/.*)?)"}, std::regex{R"(src/(capture|editor|app)/.*)"}},
   };
   return backends;

@@ -1,7 +1,14 @@
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <chrono>
 #include <cmath>
+#include <functional>
+#include <iterator>
+#include <limits>
+#include <numeric>
+#include <random>
 #include <span>
 #include <string>
 #include <vector>
@@ -151,6 +158,193 @@ TEST(SoundReader, theSampleTakeHasNoHoles) {
     longestSilence = std::max(longestSilence, silence);
   }
   EXPECT_LT(longestSilence, 3U);
+}
+
+/// Reads everything once, then from many places, and lets each be compared with the same place.
+void compareSeeks(const fs::path& file, std::size_t length,
+                  const std::function<void(const Sound& part, const Sound& same)>& compare) {
+  constexpr std::size_t partLength = 3'000;
+  const Sound whole = readAll(file, length);
+  auto reader = SoundReader::open(file);
+  ASSERT_TRUE(reader);
+  std::mt19937 random(3);
+  std::uniform_int_distribution<std::size_t> anywhere(0, length - partLength);
+  std::vector<std::size_t> places{
+      length - partLength, 0, 1, 1'023, 1'024, 2'048, 11'999, 12'000, 30'000};
+  std::generate_n(std::back_inserter(places), 20, [&] { return anywhere(random); });
+  for (const std::size_t place : places) {
+    SCOPED_TRACE(file.filename().string() + " from " + std::to_string(place));
+    reader->seek(static_cast<std::int64_t>(place));
+    EXPECT_EQ(reader->position(), static_cast<std::int64_t>(place));
+    Sound part(partLength, {9, 9});
+    reader->read(part);
+    const auto from = whole.begin() + static_cast<std::ptrdiff_t>(place);
+    compare(part, Sound(from, from + partLength));
+  }
+}
+
+void expectSeeksToMatch(const fs::path& file, std::size_t length) {
+  compareSeeks(file, length,
+               [](const Sound& part, const Sound& same) { EXPECT_TRUE(part == same); });
+}
+
+/// The mean of both sides over each millisecond: what is left of the sound below its noise.
+std::vector<double> hum(const Sound& sound) {
+  constexpr std::size_t length = soundRate / 1'000;
+  std::vector<double> means;
+  for (std::size_t at = 0; at + length <= sound.size(); at += length) {
+    const auto part = std::span(sound).subspan(at, length);
+    means.push_back(std::accumulate(part.begin(), part.end(), 0.0,
+                                    [](double sum, const StereoSample& sample) {
+                                      return sum + double{sample.left} + double{sample.right};
+                                    }) /
+                    (2 * length));
+  }
+  return means;
+}
+
+/// Of files whose sound has noise that the decoder makes up, and differently each time.
+void expectSeeksToMatchButForNoise(const fs::path& file, std::size_t length) {
+  compareSeeks(file, length, [](const Sound& part, const Sound& same) {
+    EXPECT_THAT(hum(part), testing::Pointwise(testing::DoubleNear(2e-3), hum(same)));
+  });
+}
+
+/// AAC of which every decoding gives the same.
+SoundRecipe plainRecipe() {
+  return {.encoderOptions = "aac_pns=0", .seconds = 3, .wave = tone(440, 0.5F)};
+}
+
+TEST(SoundReader, aSeekLeadsToTheSameSamplesAsReadingThere) {
+  const TemporaryFolder folder;
+  SoundRecipe recipe = plainRecipe();
+  makeSound(folder / "aac.m4a", recipe);
+  expectSeeksToMatch(folder / "aac.m4a", 140'000);
+  recipe.channels = 2;
+  makeSound(folder / "stereo.m4a", recipe);
+  expectSeeksToMatch(folder / "stereo.m4a", 140'000);
+  recipe = rawRecipe();
+  recipe.seconds = 3;
+  makeSound(folder / "raw.mov", recipe);
+  expectSeeksToMatch(folder / "raw.mov", 140'000);
+  recipe.encoder = "flac";
+  recipe.muxer = "mp4";
+  recipe.muxerOptions = "strict=experimental";
+  makeSound(folder / "flac.mp4", recipe);
+  expectSeeksToMatch(folder / "flac.mp4", 140'000);
+}
+
+TEST(SoundReader, aSeekKeepsToTheGridOfOtherRates) {
+  const TemporaryFolder folder;
+  for (const int rate : {8'000, 11'025, 22'050, 44'100, 96'000}) {
+    const fs::path file = folder / (std::to_string(rate) + ".mov");
+    SoundRecipe recipe = rawRecipe();
+    recipe.rate = rate;
+    recipe.seconds = 3;
+    makeSound(file, recipe);
+    expectSeeksToMatch(file, 140'000);
+  }
+  SoundRecipe recipe = plainRecipe();
+  recipe.rate = 44'100;
+  makeSound(folder / "aac.m4a", recipe);
+  expectSeeksToMatch(folder / "aac.m4a", 140'000);
+}
+
+TEST(SoundReader, aSeekIsExactAlsoWhereStampsAreRounded) {
+  const TemporaryFolder folder;
+  constexpr std::int64_t unit = soundRate / 600;
+  SoundRecipe recipe = plainRecipe();
+  recipe.place = [](std::int64_t index) { return (index + unit / 2) / unit * unit; };
+  makeSound(folder / "rounded.m4a", recipe);
+  expectSeeksToMatch(folder / "rounded.m4a", 140'000);
+}
+
+TEST(SoundReader, aSeekInTheSampleTakeIsExactButForNoise) {
+  const fs::path take = VESK_SAMPLE_TAKE;
+  expectSeeksToMatchButForNoise(take / "screen.mov", 470'000);
+  expectSeeksToMatchButForNoise(take / "mic.m4a", 470'000);
+}
+
+TEST(SoundReader, aSeekFindsItsPlaceBehindAGap) {
+  const TemporaryFolder folder;
+  SoundRecipe recipe = plainRecipe();
+  recipe.place = [](std::int64_t index) {
+    return index < 20 * 1'024 ? index + 4'800 : index + 9'600;
+  };
+  makeSound(folder / "torn.m4a", recipe);
+  expectSeeksToMatch(folder / "torn.m4a", 150'000);
+}
+
+TEST(SoundReader, aSeekIntoAMovieOfFragmentsIsExact) {
+  const TemporaryFolder folder;
+  SoundRecipe recipe = plainRecipe();
+  recipe.muxer = "mov";
+  recipe.muxerOptions = "movflags=frag_keyframe+empty_moov";
+  makeSound(folder / "torn.mov", recipe);
+  expectSeeksToMatch(folder / "torn.mov", 140'000);
+}
+
+TEST(SoundReader, noiseThatTheDecoderMakesUpIsAsLoudAfterASeek) {
+  const TemporaryFolder folder;
+  std::mt19937 random(8);
+  std::uniform_real_distribution<float> values(-0.3F, 0.3F);
+  makeSound(folder / "noise.m4a",
+            {.seconds = 3, .wave = [&](std::int64_t, int) { return values(random); }});
+  const Sound whole = readAll(folder / "noise.m4a", 140'000);
+  auto reader = SoundReader::open(folder / "noise.m4a");
+  ASSERT_TRUE(reader);
+  reader->seek(70'000);
+  Sound part(48'000);
+  reader->read(part);
+  const Sound same(whole.begin() + 70'000, whole.begin() + 118'000);
+  EXPECT_NEAR(loudness(part, 0, 1), loudness(same, 0, 1), 0.002);
+}
+
+TEST(SoundReader, aSeekBeyondTheEndsIsSilentOrTheBeginning) {
+  const TemporaryFolder folder;
+  makeSound(folder / "raw.mov", rawRecipe());
+  auto reader = SoundReader::open(folder / "raw.mov");
+  ASSERT_TRUE(reader);
+  Sound part(100);
+  reader->seek(std::numeric_limits<std::int64_t>::max());
+  reader->read(part);
+  EXPECT_TRUE(part == Sound(100));
+  reader->seek(-5);
+  EXPECT_EQ(reader->position(), 0);
+  reader->read(part);
+  EXPECT_EQ(part.front().left, ramp(0, 0));
+}
+
+TEST(SoundReader, aSeekInALongFileDecodesOnlyAMoment) {
+  const TemporaryFolder folder;
+  const fs::path file = folder / "long.m4a";
+  makeSound(file, {.rate = 8'000, .seconds = 240, .wave = tone(440, 0.5F, 8'000)});
+  using Clock = std::chrono::steady_clock;
+  Sound part(1'024);
+  auto reader = SoundReader::open(file);
+  ASSERT_TRUE(reader);
+  const auto start = Clock::now();
+  reader->seek(std::int64_t{235} * soundRate);
+  reader->read(part);
+  const auto seeking = Clock::now() - start;
+  EXPECT_GT(loudness(part, 0, 0.02), 0.3);
+  readAll(file, std::size_t{235} * soundRate, 48'000);
+  EXPECT_LT(seeking * 10, Clock::now() - start);
+}
+
+TEST(SoundReader, whatIsNoSoundBecomesSilence) {
+  const TemporaryFolder folder;
+  SoundRecipe recipe = rawRecipe();
+  recipe.wave = [](std::int64_t index, int channel) {
+    return index == 100   ? std::numeric_limits<float>::quiet_NaN()
+           : index == 101 ? 1e30F
+                          : ramp(index, channel);
+  };
+  makeSound(folder / "raw.mov", recipe);
+  const Sound sound = readAll(folder / "raw.mov", 200);
+  EXPECT_EQ(sound[100], StereoSample{});
+  EXPECT_EQ(sound[101], StereoSample{});
+  EXPECT_EQ(sound[102].left, ramp(102, 0));
 }
 
 TEST(SoundReader, behindTheEndThereIsSilence) {

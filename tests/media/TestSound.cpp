@@ -13,6 +13,7 @@ extern "C" {
 #include <libavcodec/avcodec.h>
 #include <libavformat/avformat.h>
 #include <libavutil/channel_layout.h>
+#include <libavutil/dict.h>
 }
 
 namespace vesk::media {
@@ -22,6 +23,12 @@ void require(bool holds, const char* what) {
   if (!holds) {
     throw std::runtime_error(what);
   }
+}
+
+AVDictionary* parsed(const std::string& options) {
+  AVDictionary* dictionary = nullptr;
+  av_dict_parse_string(&dictionary, options.c_str(), "=", ":", 0);
+  return dictionary;
 }
 
 class RecipeSoundMuxer {
@@ -36,7 +43,10 @@ class RecipeSoundMuxer {
     track_->time_base = encoder_->time_base;
     require(avcodec_parameters_from_context(track_->codecpar, encoder_.get()) >= 0, "no kind");
     require(avio_open(&output_->pb, file.c_str(), AVIO_FLAG_WRITE) >= 0, "the file does not open");
-    require(avformat_write_header(output_.get(), nullptr) >= 0, "no header");
+    AVDictionary* options = parsed(recipe.muxerOptions);
+    const int status = avformat_write_header(output_.get(), &options);
+    av_dict_free(&options);
+    require(status >= 0, "no header");
   }
 
   void writeAll() {
@@ -62,7 +72,10 @@ class RecipeSoundMuxer {
     encoder_->bit_rate = 128'000;
     encoder_->flags |= AV_CODEC_FLAG_GLOBAL_HEADER;
     av_channel_layout_default(&encoder_->ch_layout, recipe_.channels);
-    require(avcodec_open2(encoder_.get(), codec, nullptr) >= 0, "the encoder does not open");
+    AVDictionary* options = parsed(recipe_.encoderOptions);
+    const int status = avcodec_open2(encoder_.get(), codec, &options);
+    av_dict_free(&options);
+    require(status >= 0, "the encoder does not open");
   }
 
   FramePtr frameAt(std::int64_t at, int count) const {

@@ -14,7 +14,9 @@ namespace vesk::media {
 /// A file with one sound track for the tests to read.
 struct SoundRecipe {
   std::string encoder = "aac";  ///< or "pcm_f32le", or one of 16-bit samples
+  std::string encoderOptions;   ///< of libav, "name=value"
   std::string muxer = "ipod";   ///< or "mov"
+  std::string muxerOptions;     ///< likewise
   int rate = 48'000;
   int channels = 1;
   double seconds = 1;

@@ -1,0 +1,131 @@
+#include "editor/quick/PreviewView.h"
+
+#include <QQuickWindow>
+#include <QSGSimpleTextureNode>
+#include <cmath>
+#include <memory>
+#include <optional>
+
+#include "editor/PreviewPainter.h"
+#include "gpu/Device.h"
+#include "package/Log.h"
+
+namespace vesk::editor {
+namespace {
+
+/// The item's part of the scene graph: painter and texture live and die with it, on the thread
+/// that draws.
+class PreviewNode : public QSGSimpleTextureNode {
+ public:
+  explicit PreviewNode(QQuickWindow& window) : window_(window) {
+    setOwnsTexture(false);
+    setFiltering(QSGTexture::Linear);
+    drawing_ = QObject::connect(
+        &window, &QQuickWindow::beforeRendering, &window, [this] { draw(); }, Qt::DirectConnection);
+  }
+  PreviewNode(const PreviewNode&) = delete;
+  PreviewNode& operator=(const PreviewNode&) = delete;
+  ~PreviewNode() override { QObject::disconnect(drawing_); }
+
+  /// False when this context cannot draw.
+  bool prepare() {
+    if (painter_) return true;
+    auto device = gpu::Device::current();
+    if (!device) return fail(device.error());
+    device_.emplace(*std::move(device));
+    auto painter = PreviewPainter::create(*device_);
+    if (!painter) return fail(painter.error());
+    painter_ = std::move(*painter);
+    return true;
+  }
+
+  void take(const PreviewController& session, const QRectF& place, QSize pixels) {
+    setRect(place);
+    painter_->take(session, pixels.width(), pixels.height());
+    // The texture must be there when the scene is put together, its pixels only when it is drawn.
+    wrapTexture(pixels);
+  }
+
+ private:
+  static bool fail(const gpu::GpuError& error) {
+    package::log(package::LogCategory::render).error("preview: {}", error.message);
+    return false;
+  }
+
+  void wrapTexture(QSize pixels) {
+    const gpu::Texture* const drawn = painter_->fitTexture();
+    if (drawn == nullptr ||
+        (wrapped_ && wrappedHandle_ == drawn->handle() && wrapped_->textureSize() == pixels)) {
+      return;
+    }
+    std::unique_ptr<QSGTexture> wrapped(QNativeInterface::QSGOpenGLTexture::fromNative(
+        drawn->handle(), &window_, {drawn->width(), drawn->height()}));
+    setTexture(wrapped.get());
+    wrapped_ = std::move(wrapped);
+    wrappedHandle_ = drawn->handle();
+  }
+
+  void draw() {
+    if (!painter_ || !painter_->isStale()) return;
+    window_.beginExternalCommands();
+    painter_->draw();
+    window_.endExternalCommands();
+    markDirty(DirtyMaterial);
+  }
+
+  QQuickWindow& window_;
+  QMetaObject::Connection drawing_;
+  std::optional<gpu::Device> device_;
+  std::unique_ptr<PreviewPainter> painter_;
+  std::unique_ptr<QSGTexture> wrapped_;
+  unsigned int wrappedHandle_ = 0;
+};
+
+}  // namespace
+
+PreviewView::PreviewView(QQuickItem* parent) : QQuickItem(parent) {
+  setFlag(ItemHasContents);
+}
+
+void PreviewView::setController(PreviewController* controller) {
+  if (controller == controller_) return;
+  if (controller_ != nullptr) controller_->disconnect(this);
+  controller_ = controller;
+  if (controller_ != nullptr) {
+    connect(controller_, &PreviewController::pictureChanged, this, &QQuickItem::update);
+  }
+  watchWindow(window());
+  update();
+  Q_EMIT controllerChanged();
+}
+
+void PreviewView::itemChange(ItemChange change, const ItemChangeData& value) {
+  if (change == ItemSceneChange) watchWindow(value.window);
+  QQuickItem::itemChange(change, value);
+}
+
+void PreviewView::watchWindow(QQuickWindow* window) {
+  disconnect(frames_);
+  if (window == nullptr || controller_ == nullptr) return;
+  frames_ = connect(window, &QQuickWindow::afterAnimating, controller_, &PreviewController::tick);
+}
+
+QSGNode* PreviewView::updatePaintNode(QSGNode* node, UpdatePaintNodeData* /*data*/) {
+  const QSize pixels(static_cast<int>(std::ceil(width() * window()->effectiveDevicePixelRatio())),
+                     static_cast<int>(std::ceil(height() * window()->effectiveDevicePixelRatio())));
+  if (controller_ == nullptr || !controller_->hasRenderer() || pixels.isEmpty()) {
+    delete node;
+    return nullptr;
+  }
+  auto* preview = static_cast<PreviewNode*>(node);
+  if (preview == nullptr) preview = new PreviewNode(*window());
+  if (!preview->prepare()) {
+    delete preview;
+    QMetaObject::invokeMethod(controller_, &PreviewController::loseRenderer, Qt::QueuedConnection);
+    return nullptr;
+  }
+  preview->take(*controller_, boundingRect(), pixels);
+  return preview;
+}
+
+}  // namespace vesk::editor

@@ -1,0 +1,40 @@
+#pragma once
+
+#include <QtQml/qqmlregistration.h>
+
+#include <QQuickItem>
+
+#include "editor/PreviewController.h"
+
+namespace vesk::editor {
+
+/// The finished picture in the window, drawn in the scene graph's own graphics context. Draws when
+/// the session shows something else, and not otherwise. Its canvas is the item's size in pixels of
+/// the screen.
+class PreviewView : public QQuickItem {
+  Q_OBJECT
+  QML_ELEMENT
+  Q_PROPERTY(vesk::editor::PreviewController* controller READ controller WRITE setController NOTIFY
+                 controllerChanged REQUIRED)
+
+ public:
+  explicit PreviewView(QQuickItem* parent = nullptr);
+
+  PreviewController* controller() const { return controller_; }
+  void setController(PreviewController* controller);
+
+ Q_SIGNALS:
+  void controllerChanged();
+
+ protected:
+  QSGNode* updatePaintNode(QSGNode* node, UpdatePaintNodeData* data) override;
+  void itemChange(ItemChange change, const ItemChangeData& value) override;
+
+ private:
+  void watchWindow(QQuickWindow* window);
+
+  PreviewController* controller_ = nullptr;
+  QMetaObject::Connection frames_;  ///< of the window to the session's tick
+};
+
+}  // namespace vesk::editor

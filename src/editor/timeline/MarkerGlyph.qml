@@ -1,0 +1,72 @@
+import QtQuick
+import Vesk.Theme
+import Vesk.Timeline
+
+/// A marker: a ring for a click, with a dot in it for a double click, filled within a segment; a
+/// square with a plus or a minus for a manual mark.
+MouseArea {
+    id: glyph
+
+    required property TimelineView view
+    required property int number
+    required property real time
+    required property bool isClick
+    required property bool isDoubleClick
+    required property bool isZoomIn
+    required property bool isAttached
+    required property string help
+    required property string name
+    required property bool isFocused
+    readonly property color tone: !isClick ? Theme.sky : isAttached ? Theme.amber : Theme.t2
+
+    objectName: "marker_" + number
+    x: time * view.viewport.pxPerSec - width / 2
+    width: 16
+    hoverEnabled: true
+    cursorShape: Qt.PointingHandCursor
+    onClicked: view.seekToMarker(time)
+    onDoubleClicked: if (isClick) view.toggleEffect(time)
+    Accessible.role: Accessible.ListItem
+    Accessible.name: name
+
+    Rectangle {
+        id: outline
+        anchors.centerIn: parent
+        width: glyph.isDoubleClick || !glyph.isClick ? 12 : 9
+        height: width
+        radius: glyph.isClick ? width / 2 : 3
+        color: glyph.isAttached && glyph.isClick ? glyph.tone : "transparent"
+        border { width: 1.5; color: glyph.containsMouse ? Theme.t1 : glyph.tone }
+    }
+    Rectangle {
+        anchors.centerIn: parent
+        visible: glyph.isDoubleClick
+        width: 4
+        height: 4
+        radius: 2
+        color: glyph.isAttached ? Theme.background : glyph.tone
+    }
+    Rectangle {
+        anchors.centerIn: parent
+        visible: !glyph.isClick
+        width: 6
+        height: 1.5
+        color: glyph.tone
+    }
+    Rectangle {
+        anchors.centerIn: parent
+        visible: glyph.isZoomIn
+        width: 1.5
+        height: 6
+        color: glyph.tone
+    }
+    Rectangle {
+        anchors.centerIn: parent
+        visible: glyph.isFocused
+        width: 20
+        height: 20
+        radius: 6
+        color: "transparent"
+        border { width: Theme.focusWidth; color: Theme.focus }
+    }
+}
