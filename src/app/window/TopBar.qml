@@ -58,6 +58,7 @@ Item {
             objectName: "menuButton"
             iconName: "menu"
             tip: "菜单"
+            isOpen: menu.visible
             onClicked: menu.popup(0, height + Theme.spaceTiny)
 
             AppMenu {

@@ -104,6 +104,8 @@ void followWindow(QQuickWindow& window, VeskApp& app) {
 int runApplication(QGuiApplication& application, const WindowFlags& flags,
                    const SingleInstance& instance, const WindowSurroundings& surroundings) {
   VeskApp app(flags, surroundings.library(), surroundings.openSound());
+  // Before there is anything to see, so that the window comes up with the recording in it.
+  app.root().appear();
   QQmlApplicationEngine engine;
   engine.setInitialProperties(app.properties());
   engine.load(QUrl(QStringLiteral("qrc:/qt-project.org/imports/Vesk/App/MainWindow.qml")));
@@ -115,7 +117,6 @@ int runApplication(QGuiApplication& application, const WindowFlags& flags,
   followInstance(instance, app, *window);
   followApplication(application, app);
   followWindow(*window, app);
-  app.root().appear();
   placeAtCentre(*window);
   window->show();
   window->requestActivate();

@@ -18,7 +18,7 @@ Rectangle {
         color: Theme.border
     }
     Row {
-        anchors { left: parent.left; leftMargin: Theme.spaceLarge; verticalCenter: parent.verticalCenter }
+        anchors { left: parent.left; leftMargin: Theme.space; verticalCenter: parent.verticalCenter }
         spacing: Theme.spaceTiny
         Text {
             objectName: "timeText"

@@ -10,6 +10,8 @@ T.AbstractButton {
     required property string tip
     property color iconColor: Theme.t1
     property real iconSize: Theme.iconSize
+    /// While what it opens is open, there is nothing to explain.
+    property bool isOpen: false
 
     implicitWidth: Theme.controlHeight
     implicitHeight: Theme.controlHeight
@@ -29,11 +31,11 @@ T.AbstractButton {
     }
     background: Rectangle {
         radius: Theme.radius
-        color: control.down ? Theme.pressed : control.hovered ? Theme.hovered : "transparent"
+        color: control.down || control.isOpen ? Theme.pressed : control.hovered ? Theme.hovered : "transparent"
         FocusRing { shown: control.visualFocus }
     }
     Tip {
-        visible: (control.hovered || control.visualFocus) && !control.down
+        visible: (control.hovered || control.visualFocus) && !control.down && !control.isOpen
         text: control.tip
     }
 }

@@ -2,6 +2,7 @@ import QtQuick
 import QtQuick.Templates as T
 import Vesk.Theme
 import Vesk.Timeline
+import Vesk.Timeline
 
 /// Where in the recording the lanes are scrolled to.
 T.ScrollBar {

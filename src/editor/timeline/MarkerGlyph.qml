@@ -1,6 +1,7 @@
 import QtQuick
 import Vesk.Theme
 import Vesk.Timeline
+import Vesk.Timeline
 
 /// A marker: a ring for a click, with a dot in it for a double click, filled within a segment; a
 /// square with a plus or a minus for a manual mark.
@@ -17,11 +18,14 @@ MouseArea {
     required property string help
     required property string name
     required property bool isFocused
+    /// Far zoomed out clicks stand close.
+    readonly property bool isSmall: view.viewport.pxPerSec < 12
     readonly property color tone: !isClick ? Theme.sky : isAttached ? Theme.amber : Theme.t2
 
     objectName: "marker_" + number
-    x: time * view.viewport.pxPerSec - width / 2
-    width: 16
+    x: Math.round(time * view.viewport.pxPerSec) - width / 2
+    z: isClick ? 0 : 1
+    width: isSmall ? 10 : 16
     hoverEnabled: true
     cursorShape: Qt.PointingHandCursor
     onClicked: view.seekToMarker(time)
@@ -32,31 +36,31 @@ MouseArea {
     Rectangle {
         id: outline
         anchors.centerIn: parent
-        width: glyph.isDoubleClick || !glyph.isClick ? 12 : 9
+        width: (glyph.isDoubleClick || !glyph.isClick ? 12 : 9) - (glyph.isSmall && glyph.isClick ? 4 : 0)
         height: width
         radius: glyph.isClick ? width / 2 : 3
-        color: glyph.isAttached && glyph.isClick ? glyph.tone : "transparent"
+        color: glyph.isAttached && glyph.isClick ? glyph.tone : Theme.background
         border { width: 1.5; color: glyph.containsMouse ? Theme.t1 : glyph.tone }
     }
     Rectangle {
         anchors.centerIn: parent
         visible: glyph.isDoubleClick
-        width: 4
-        height: 4
-        radius: 2
+        width: glyph.isSmall ? 3 : 4
+        height: width
+        radius: width / 2
         color: glyph.isAttached ? Theme.background : glyph.tone
     }
     Rectangle {
         anchors.centerIn: parent
         visible: !glyph.isClick
         width: 6
-        height: 1.5
+        height: 2
         color: glyph.tone
     }
     Rectangle {
         anchors.centerIn: parent
         visible: glyph.isZoomIn
-        width: 1.5
+        width: 2
         height: 6
         color: glyph.tone
     }

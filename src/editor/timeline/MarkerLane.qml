@@ -1,6 +1,7 @@
 import QtQuick
 import Vesk.Theme
 import Vesk.Timeline
+import Vesk.Timeline
 
 /// The clicks and the manual marks. A tap goes there, a double tap makes a click an effect or
 /// removes its effect. With the keyboard the arrows choose, Return goes there and Enter with

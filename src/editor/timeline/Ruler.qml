@@ -1,6 +1,7 @@
 import QtQuick
 import Vesk.Theme
 import Vesk.Timeline
+import Vesk.Timeline
 
 /// The ruler. Pressed or dragged along, it moves the playhead.
 Item {

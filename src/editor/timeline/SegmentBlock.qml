@@ -1,6 +1,7 @@
 import QtQuick
 import Vesk.Theme
 import Vesk.Timeline
+import Vesk.Timeline
 
 /// A segment: to be moved by its body and trimmed by the handles at its ends.
 Item {
@@ -26,9 +27,9 @@ Item {
     }
 
     objectName: "segment_" + segmentID
-    x: start * view.viewport.pxPerSec
+    x: Math.round(start * view.viewport.pxPerSec)
     z: isSelected ? 1 : 0
-    width: Math.max((end - start) * view.viewport.pxPerSec, 2)
+    width: Math.max(Math.round(end * view.viewport.pxPerSec) - x, 2)
     Accessible.role: Accessible.ListItem
     Accessible.name: name
     Accessible.selected: isSelected

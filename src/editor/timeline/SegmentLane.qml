@@ -1,6 +1,7 @@
 import QtQuick
 import Vesk.Theme
 import Vesk.Timeline
+import Vesk.Timeline
 
 /// The effect segments. A tap on empty space adds one there. With the keyboard the arrows choose a
 /// segment and Return opens its menu.

@@ -1,6 +1,7 @@
 import QtQuick
 import Vesk.Theme
 import Vesk.Timeline
+import Vesk.Timeline
 
 /// The handle at one end of a segment. Of a short segment it lies outside for the most part, so
 /// that the body can still be taken hold of.

@@ -1,6 +1,7 @@
 import QtQuick
 import Vesk.Theme
 import Vesk.Timeline
+import Vesk.Timeline
 
 /// The recording as one bar with its name. Of a long one only the part in view is drawn.
 Item {
