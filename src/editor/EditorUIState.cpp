@@ -15,9 +15,9 @@ std::string_view EditorUIState::rawValue(Category category) {
 }
 
 std::optional<EditorUIState::Category> EditorUIState::category(std::string_view raw) {
-  const auto found = std::ranges::find(titles, raw);
-  if (found == titles.end()) return std::nullopt;
-  return allCategories.at(static_cast<std::size_t>(found - titles.begin()));
+  const auto* const found = std::ranges::find(allCategories, raw, &EditorUIState::rawValue);
+  if (found == allCategories.end()) return std::nullopt;
+  return *found;
 }
 
 void EditorUIState::setSelectedSegmentID(const QString& id) {

@@ -2,7 +2,6 @@
 
 #include <fmt/format.h>
 
-#include <QMetaObject>
 #include <algorithm>
 #include <cmath>
 #include <iterator>
@@ -42,6 +41,8 @@ PreviewController::PreviewController(Surroundings surroundings, QObject* parent)
   connect(&saveTimer_, &QTimer::timeout, this, &PreviewController::flushSave);
   endWatch_.setInterval(endWatchInterval);
   connect(&endWatch_, &QTimer::timeout, this, &PreviewController::tick);
+  connect(this, &PreviewController::pictureArrived, this, &PreviewController::pictureChanged,
+          Qt::QueuedConnection);
 }
 
 PreviewController::~PreviewController() = default;
@@ -72,10 +73,8 @@ void PreviewController::bindProject(Project project) {
   setPlaying(false);
   // The old player first: it and the new one share the output.
   player_.reset();
-  const auto arrived = [this] {
-    QMetaObject::invokeMethod(this, &PreviewController::pictureChanged, Qt::QueuedConnection);
-  };
-  player_ = std::make_unique<Player>(*project, surroundings_.sound, arrived);
+  player_ =
+      std::make_unique<Player>(*project, surroundings_.sound, [this] { Q_EMIT pictureArrived(); });
   project_ = std::move(project);
   cursorTrack_.reset();
   duration_ = project_->duration();

@@ -144,13 +144,13 @@ std::optional<std::string> PreviewController::duplicateSegment(const std::string
 
 void PreviewController::deleteSegment(const std::string& id) {
   if (segment(id) == nullptr) return;
-  // The caller's id may be the segment's own.
-  const std::string deleted = id;
+  const QString deleted = QString::fromStdString(id);
   pushUndo(discreteEdit);
+  // The caller's id may be that of the segment itself.
   std::erase_if(timeline_.segments,
-                [&](const ZoomSegment& segment) { return segment.id == deleted; });
+                [key = id](const ZoomSegment& segment) { return segment.id == key; });
   finishSegmentEdit();
-  Q_EMIT segmentDeleted(QString::fromStdString(deleted));
+  Q_EMIT segmentDeleted(deleted);
 }
 
 void PreviewController::toggleSegmentEnabled(const std::string& id) {

@@ -51,14 +51,14 @@ TEST(VeskCLI, anExportWithoutItsPathAloneIsNoCommand) {
   EXPECT_EQ(result.output, "");
 }
 
-TEST(VeskCLI, withoutACommandItNamesThemOnStandardErrorOnly) {
+TEST(VeskCLI, withoutACommandAndADesktopItSaysSoOnStandardErrorOnly) {
   const test::VeskProcess process;
   for (const std::vector<std::string>& arguments :
        {std::vector<std::string>{}, {"--no-such-flag"}, {"--dump-effect"}, {"dump-effects"}}) {
     const auto result = process.run(arguments);
     EXPECT_EQ(result.exitCode, 1);
     EXPECT_EQ(result.output, "");
-    EXPECT_THAT(result.errors, HasSubstr("--dump-effects"));
+    EXPECT_THAT(result.errors, HasSubstr("命令行"));
     EXPECT_EQ(std::ranges::count(result.errors, '\n'), 1);
   }
 }

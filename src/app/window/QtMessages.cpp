@@ -32,8 +32,9 @@ void logMessage(QtMsgType type, const QMessageLogContext& /*context*/, const QSt
 }
 
 void logOrEnd(QtMsgType type, const QMessageLogContext& context, const QString& text) {
-  logMessage(type, context, text);
-  if (type != QtFatalMsg) return;
+  if (type != QtFatalMsg) return logMessage(type, context, text);
+  // The user reads what follows; why Qt found no screen is for whoever wants to know.
+  logMessage(QtInfoMsg, context, text);
   fmt::print(stderr,
              "无法打开窗口：没有可用的图形桌面。请在桌面会话里启动 Vesk，或改用命令行功能。\n");
   // Nothing of ours stands yet that would have to be put in order.

@@ -89,10 +89,15 @@ PreviewView::PreviewView(QQuickItem* parent) : QQuickItem(parent) {
 
 void PreviewView::setController(PreviewController* controller) {
   if (controller == controller_) return;
-  if (controller_ != nullptr) controller_->disconnect(this);
+  if (controller_ != nullptr) {
+    controller_->disconnect(this);
+    disconnect(controller_);
+  }
   controller_ = controller;
   if (controller_ != nullptr) {
     connect(controller_, &PreviewController::pictureChanged, this, &QQuickItem::update);
+    connect(this, &PreviewView::rendererFailed, controller_, &PreviewController::loseRenderer,
+            Qt::QueuedConnection);
   }
   watchWindow(window());
   update();
@@ -121,7 +126,7 @@ QSGNode* PreviewView::updatePaintNode(QSGNode* node, UpdatePaintNodeData* /*data
   if (preview == nullptr) preview = new PreviewNode(*window());
   if (!preview->prepare()) {
     delete preview;
-    QMetaObject::invokeMethod(controller_, &PreviewController::loseRenderer, Qt::QueuedConnection);
+    Q_EMIT rendererFailed();
     return nullptr;
   }
   preview->take(*controller_, boundingRect(), pixels);

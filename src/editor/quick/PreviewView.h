@@ -25,6 +25,8 @@ class PreviewView : public QQuickItem {
 
  Q_SIGNALS:
   void controllerChanged();
+  /// The graphics cannot draw. Emitted on the thread that draws.
+  void rendererFailed();
 
  protected:
   QSGNode* updatePaintNode(QSGNode* node, UpdatePaintNodeData* data) override;

@@ -42,35 +42,42 @@ MouseArea {
         color: glyph.isAttached && glyph.isClick ? glyph.tone : Theme.background
         border { width: 1.5; color: glyph.containsMouse ? Theme.t1 : glyph.tone }
     }
-    Rectangle {
+    // Most markers are plain clicks, and there may be hundreds of them in view.
+    Loader {
         anchors.centerIn: parent
-        visible: glyph.isDoubleClick
-        width: glyph.isSmall ? 3 : 4
-        height: width
-        radius: width / 2
-        color: glyph.isAttached ? Theme.background : glyph.tone
-    }
-    Rectangle {
-        anchors.centerIn: parent
-        visible: !glyph.isClick
-        width: 6
-        height: 2
-        color: glyph.tone
-    }
-    Rectangle {
-        anchors.centerIn: parent
-        visible: glyph.isZoomIn
-        width: 2
-        height: 6
-        color: glyph.tone
-    }
-    Rectangle {
-        anchors.centerIn: parent
-        visible: glyph.isFocused
-        width: 20
-        height: 20
-        radius: 6
-        color: "transparent"
-        border { width: Theme.focusWidth; color: Theme.focus }
+        active: glyph.isDoubleClick || !glyph.isClick || glyph.isFocused
+        sourceComponent: Item {
+            Rectangle {
+                anchors.centerIn: parent
+                visible: glyph.isDoubleClick
+                width: glyph.isSmall ? 3 : 4
+                height: width
+                radius: width / 2
+                color: glyph.isAttached ? Theme.background : glyph.tone
+            }
+            Rectangle {
+                anchors.centerIn: parent
+                visible: !glyph.isClick
+                width: 6
+                height: 2
+                color: glyph.tone
+            }
+            Rectangle {
+                anchors.centerIn: parent
+                visible: glyph.isZoomIn
+                width: 2
+                height: 6
+                color: glyph.tone
+            }
+            Rectangle {
+                anchors.centerIn: parent
+                visible: glyph.isFocused
+                width: 20
+                height: 20
+                radius: 6
+                color: "transparent"
+                border { width: Theme.focusWidth; color: Theme.focus }
+            }
+        }
     }
 }
