@@ -109,17 +109,24 @@ class Stage {
   double untilShown() {
     const auto start = Clock::now();
     editor::Player& player = *session().player();
-    while (!player.hasExactPictures(session().currentTime())) {
-      QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
-    }
+    waitFor([&] { return player.hasExactPictures(session().currentTime()); });
+    // Whatever was drawn before may have been of the picture before.
+    window().update();
     const int before = frames_;
-    while (frames_ == before && secondsSince(start) < 20) {
-      QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
-    }
+    waitFor([&] { return frames_ != before; });
     return secondsSince(start);
   }
 
  private:
+  static void waitFor(const std::function<bool()>& condition) {
+    QTimer waking;
+    waking.start(1ms);
+    const auto start = Clock::now();
+    while (!condition() && secondsSince(start) < 10) {
+      QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
+    }
+  }
+
   package::TemporaryDirectory folder_;
   package::UserDefaults defaults_{folder_ / "defaults.json"};
   package::RecordingLibrary library_;
