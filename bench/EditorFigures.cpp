@@ -265,21 +265,16 @@ bool isBright(const std::optional<media::VideoFrame>& picture) {
   return std::to_integer<int>(luma.data[luma.height / 2 * luma.stride + luma.width / 2]) > 128;
 }
 
-/// The slope of a line through the points, per second.
-double slope(const std::vector<std::pair<double, double>>& points) {
-  double meanX = 0;
-  double meanY = 0;
-  for (const auto& [x, y] : points) {
-    meanX += x / static_cast<double>(points.size());
-    meanY += y / static_cast<double>(points.size());
-  }
-  double upper = 0;
-  double lower = 0;
-  for (const auto& [x, y] : points) {
-    upper += (x - meanX) * (y - meanY);
-    lower += (x - meanX) * (x - meanX);
-  }
-  return lower > 0 ? upper / lower : 0;
+double median(std::vector<double> values) {
+  std::ranges::sort(values);
+  return values[values.size() / 2];
+}
+
+/// How much greater the last third is than the first, which single late frames do not disturb.
+double drift(const std::vector<double>& values) {
+  const auto third = static_cast<std::ptrdiff_t>(values.size() / 3);
+  return median({values.end() - third, values.end()}) -
+         median({values.begin(), values.begin() + third});
 }
 
 /// Plays flashes that beep, and compares when they are drawn with when they are heard.
@@ -311,23 +306,21 @@ void measureDrift(Stage& stage, const std::string& remote, double seconds) {
   QObject::disconnect(drawn);
   QObject::disconnect(swapped);
 
-  std::vector<std::pair<double, double>> points;
   std::vector<double> late;
   const std::vector<double> beeps = onsets.times();
   for (const double flash : flashes) {
     const auto nearest =
         std::ranges::min_element(beeps, {}, [&](double beep) { return std::abs(beep - flash); });
     if (nearest == beeps.end() || std::abs(*nearest - flash) > 0.5) continue;
-    points.emplace_back(flash, flash - *nearest);
     late.push_back(1000 * (flash - *nearest));
   }
-  if (late.empty()) {
+  if (late.size() < 3) {
     fmt::print("no flash was heard: {} flashes, {} beeps\n", flashes.size(), beeps.size());
     return;
   }
   print("flash drawn later than its beep is heard by", late, "ms");
-  fmt::print("{:<46} {:+.1f} ms over {:.0f} s\n", "drift of picture against sound",
-             1000 * slope(points) * seconds, seconds);
+  fmt::print("{:<46} {:+.1f} ms over {:.0f} s\n", "drift of picture against sound", drift(late),
+             seconds);
 }
 
 int measure(const fs::path& original, double driftSeconds) {
