@@ -14,6 +14,11 @@ Item {
         property: "stageSize"
         value: Qt.size(stage.width, stage.height)
     }
+    Binding {
+        target: stage.overlay
+        property: "hovering"
+        value: bodyHover.hovered || handleHover.hovered
+    }
 
     Item {
         id: body
@@ -27,14 +32,16 @@ Item {
         Accessible.name: "摄像头小窗，拖动可移动"
 
         HoverHandler {
+            id: bodyHover
             cursorShape: Qt.OpenHandCursor
-            onHoveredChanged: stage.overlay.hovering = hovered || handleHover.hovered
         }
         DragHandler {
             readonly property point place: stage.mapFromItem(null, centroid.scenePosition)
             target: null
             dragThreshold: 2
             cursorShape: Qt.ClosedHandCursor
+            // What sets it going moves the window as well.
+            onActiveChanged: if (active) stage.overlay.move(place.x, place.y)
             onActiveTranslationChanged: stage.overlay.move(place.x, place.y)
         }
         QtObject {
@@ -54,27 +61,24 @@ Item {
         Behavior on opacity { NumberAnimation { duration: Theme.quick } }
     }
 
-    Item {
+    // It takes the press for itself, so that the window below does not move along.
+    MouseArea {
+        id: handle
         objectName: "pipResizeHandle"
         x: stage.overlay.handle.x - width / 2
         y: stage.overlay.handle.y - height / 2
         width: 30
         height: 30
         Accessible.role: Accessible.Grip
+        preventStealing: true
+        onPositionChanged: (mouse) => stage.overlay.resize(x + mouse.x, y + mouse.y)
+        onReleased: stage.overlay.endResize()
+        onCanceled: stage.overlay.endResize()
         Accessible.name: "摄像头小窗的大小，拖动可改变"
 
         HoverHandler {
             id: handleHover
             cursorShape: Qt.SizeFDiagCursor
-            onHoveredChanged: stage.overlay.hovering = hovered
-        }
-        DragHandler {
-            readonly property point place: stage.mapFromItem(null, centroid.scenePosition)
-            target: null
-            dragThreshold: 1
-            cursorShape: Qt.SizeFDiagCursor
-            onActiveTranslationChanged: stage.overlay.resize(place.x, place.y)
-            onActiveChanged: if (!active) stage.overlay.endResize()
         }
         Rectangle {
             anchors.centerIn: parent
