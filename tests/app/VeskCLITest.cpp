@@ -21,10 +21,11 @@ TEST(VeskCLI, looksForItsCommandsInAFixedOrder) {
     flags.push_back(command.flag);
   }
   EXPECT_THAT(
-      flags, ElementsAre("--test-pairing", "--test-decode-resilience", "--test-camera",
-                         "--test-window-frames", "--test-export-clone", "--test-persist",
-                         "--camera-check", "--smoke-record", "--diag-static-tail", "--diag-hotkeys",
-                         "--diag-window-resize", "--export", "--dump-effects"));
+      flags, ElementsAre("--test-pairing", "--test-edit-roundtrip", "--test-decode-resilience",
+                         "--test-camera", "--test-window-frames", "--test-export-clone",
+                         "--diag-camera-sync", "--test-persist", "--camera-check", "--smoke-record",
+                         "--diag-static-tail", "--diag-hotkeys", "--diag-window-resize", "--export",
+                         "--dump-effects"));
 }
 
 TEST(VeskCLI, theFirstCommandOfTheOrderWinsWhereverItStands) {
