@@ -96,6 +96,9 @@ class Stage {
 
   QQuickWindow& window() { return window_->window(); }
   editor::PreviewController& session() { return app_.preview(); }
+  editor::TimelineView& timeline() {
+    return *app_.properties()[QStringLiteral("timeline")].value<editor::TimelineView*>();
+  }
   int frames() const { return frames_; }
   const package::TemporaryDirectory& folder() const { return folder_; }
 
@@ -185,7 +188,7 @@ void measurePlaying(Stage& stage, double from, double length) {
   stage.session().seek(from);
   stage.untilShown();
   stage.session().play();
-  Stage::runFor(500ms);
+  Stage::runFor(1s);
   const int frames = stage.frames();
   const double cpu = cpuSeconds();
   const auto start = Clock::now();
@@ -194,6 +197,25 @@ void measurePlaying(Stage& stage, double from, double length) {
   fmt::print("{:<46} {:.1f} frames a second, {:.0f} % of a core\n", "playing",
              (stage.frames() - frames) / time, 100 * (cpuSeconds() - cpu) / time);
   stage.session().pause();
+}
+
+/// Scrolls the timeline from end to end at one scale.
+void measureScrolling(Stage& stage, double pxPerSec) {
+  editor::TimelineViewport& viewport = *stage.timeline().viewport();
+  viewport.setScale(pxPerSec, 0);
+  viewport.setContentX(0);
+  Stage::runFor(500ms);
+  constexpr double length = 5;
+  const double distance = std::min(viewport.contentWidth() - viewport.width(), 1500 * length);
+  const int frames = stage.frames();
+  const auto start = Clock::now();
+  while (secondsSince(start) < length) {
+    viewport.setContentX(distance * secondsSince(start) / length);
+    Stage::runFor(5ms);
+  }
+  fmt::print("{:<46} {:.1f} frames a second\n",
+             fmt::format("scrolling the timeline at {} points a second", pxPerSec),
+             (stage.frames() - frames) / secondsSince(start));
 }
 
 void measureRest(Stage& stage) {
@@ -338,6 +360,7 @@ int measure(const fs::path& original, double driftSeconds) {
   measureRest(stage);
   measureMemory(stage, package);
   measureOpening(stage, "an hour", bench::makeHourLongTake(stage.folder().path()), 10);
+  for (const double scale : {4.0, 24.0, 100.0}) measureScrolling(stage, scale);
   measurePlaying(stage, 100, 6);
   measureDrift(stage, server.remote(), driftSeconds);
   return EXIT_SUCCESS;

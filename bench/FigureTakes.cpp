@@ -10,6 +10,7 @@
 #include <stdexcept>
 #include <string>
 
+#include "package/EditDocument.h"
 #include "package/RecordedEvent.h"
 #include "package/RecordingMeta.h"
 
@@ -48,6 +49,7 @@ fs::path makeHourLongTake(const fs::path& folder) {
   constexpr int length = 3600;
   constexpr int movesPerSecond = 120;
   constexpr int clicks = 2000;
+  constexpr int segments = 300;
   fs::path package = makePackage(folder, "hour", length, 1280, 720);
   std::mt19937_64 random(20261121);
   std::normal_distribution<double> step(0, 0.002);
@@ -70,6 +72,14 @@ fs::path makeHourLongTake(const fs::path& folder) {
       ++nextClick;
     }
   }
+  package::EditDocument document;
+  document.segments.emplace();
+  for (int index = 0; index < segments; ++index) {
+    const double start = static_cast<double>(length) / segments * index;
+    document.segments->push_back(
+        {.id = fmt::format("s{}", index), .start = start, .end = start + 6});
+  }
+  if (!document.save(package)) throw std::runtime_error("no segments could be written");
   makeMovie(package / "screen.mov",
             fmt::format("-f lavfi -i testsrc=size=1280x720:rate=1:duration={0} "
                         "-f lavfi -i sine=frequency=300:sample_rate=48000:duration={0}",

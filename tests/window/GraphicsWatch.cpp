@@ -23,8 +23,9 @@ void GLAPIENTRY keepMessage(GLenum /*source*/, GLenum type, GLuint /*id*/, GLenu
 
 GraphicsWatch::GraphicsWatch(QQuickWindow& window) {
   // The preview listens for itself while it is being made, so this is said again at each step.
-  for (const auto step : {&QQuickWindow::afterSynchronizing, &QQuickWindow::beforeRendering,
-                          &QQuickWindow::beforeRenderPassRecording, &QQuickWindow::afterRendering}) {
+  for (const auto step :
+       {&QQuickWindow::afterSynchronizing, &QQuickWindow::beforeRendering,
+        &QQuickWindow::beforeRenderPassRecording, &QQuickWindow::afterRendering}) {
     connect(&window, step, this, &GraphicsWatch::listen, Qt::DirectConnection);
   }
 }

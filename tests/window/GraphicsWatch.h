@@ -8,8 +8,9 @@
 
 namespace vesk::app::test {
 
-/// Keeps what the graphics driver objects to while a window draws, from its second frame step on:
-/// what Qt asks of the driver while it starts is its own affair. Needs a debug context.
+/// Keeps what the graphics driver objects to while a window draws. What Qt asks of the driver while
+/// it starts is its own affair. Needs a debug context. Outlives the window, which may complain up
+/// to its end.
 class GraphicsWatch : public QObject {
  public:
   explicit GraphicsWatch(QQuickWindow& window);

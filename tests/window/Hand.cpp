@@ -139,6 +139,10 @@ void Hand::type(Key key, Modifiers modifiers) {
   ASSERT_TRUE(until([&] { return keyReleases_ >= expected; })) << "the key does not arrive";
 }
 
+void Hand::typeToDesktop(Key key, Modifiers modifiers) {
+  user_.type(static_cast<capture::KeyCode>(key), modifiers);
+}
+
 void Hand::holdAlt() {
   user_.pressKey(altKey);
   isHoldingAlt_ = true;

@@ -50,6 +50,8 @@ class Hand : public QObject {
   void drag(QPointF from, QPointF to);
 
   void type(Key key, Modifiers modifiers = 0);
+  /// Types what the desktop takes, and the window is not told of.
+  void typeToDesktop(Key key, Modifiers modifiers);
   /// Presses Alt, and lets it go.
   void holdAlt();
   void releaseAlt();

@@ -4,6 +4,7 @@
 #include <QEventLoop>
 #include <QTimer>
 #include <algorithm>
+#include <stdexcept>
 
 #include "editor/SilentSoundOutput.h"
 #include "package/TrashFolder.h"
@@ -17,6 +18,15 @@ namespace {
 
 media::HostTime hostTime() {
   return std::chrono::steady_clock::now().time_since_epoch();
+}
+
+/// What is made by a repeater or stands in a popup is found here only, not among the objects.
+QQuickItem* itemIn(const QQuickItem& parent, const QString& name) {
+  for (QQuickItem* const child : parent.childItems()) {
+    if (child->objectName() == name) return child;
+    if (QQuickItem* const found = itemIn(*child, name)) return found;
+  }
+  return nullptr;
 }
 
 }  // namespace
@@ -53,7 +63,6 @@ void WindowStage::start(const WindowFlags& flags) {
   mainWindow_->show();
   ASSERT_TRUE(until([this] { return window().isActive() && window().isExposed(); }));
   ASSERT_EQ(window().effectiveDevicePixelRatio(), 1);
-  ASSERT_TRUE(comesToRest());
   // Where it points to nothing.
   hand().moveTo({2, window().height() - 2.0});
   ASSERT_TRUE(comesToRest());
@@ -68,6 +77,9 @@ void WindowStage::quit() {
   if (!mainWindow_) return;
   hand_.reset();
   session().flushSave();
+  // Or the application stays the active one, and the next window does not make it that.
+  window().hide();
+  EXPECT_TRUE(until([] { return QGuiApplication::applicationState() != Qt::ApplicationActive; }));
   mainWindow_.reset();
   EXPECT_TRUE(graphics_->hasListened());
   EXPECT_EQ(graphics_->messages(), std::vector<std::string>());
@@ -82,24 +94,36 @@ editor::TimelineView& WindowStage::timeline() {
 }
 
 bool WindowStage::isShown(const QString& name) const {
-  const auto* const found =
-      mainWindow_->window().contentItem()->findChild<QQuickItem*>(name);
+  const QQuickItem* const found = itemIn(*mainWindow_->window().contentItem(), name);
   return found != nullptr && found->isVisible();
 }
 
 QQuickItem& WindowStage::item(const QString& name) const {
-  auto* const found = mainWindow_->window().contentItem()->findChild<QQuickItem*>(name);
+  QQuickItem* const found = itemIn(*mainWindow_->window().contentItem(), name);
   if (found == nullptr) throw std::runtime_error("there is no " + name.toStdString());
   return *found;
 }
 
-QPointF WindowStage::place(const QString& name, QPointF point) const {
+void WindowStage::layOut() {
+  // Rows and columns place what is in them just before a frame, and those in them before the next.
+  for (int frame = 0; frame < 2; ++frame) {
+    bool isDrawn = false;
+    const auto watch = QObject::connect(&window(), &QQuickWindow::frameSwapped, &window(),
+                                        [&isDrawn] { isDrawn = true; });
+    window().update();
+    EXPECT_TRUE(until([&isDrawn] { return isDrawn; }));
+    QObject::disconnect(watch);
+  }
+}
+
+QPointF WindowStage::place(const QString& name, QPointF point) {
+  layOut();
   return item(name).mapToScene(point);
 }
 
-QPointF WindowStage::place(const QString& name) const {
-  const QQuickItem& found = item(name);
-  return place(name, {found.width() / 2, found.height() / 2});
+QPointF WindowStage::place(const QString& name) {
+  layOut();
+  return item(name).mapToScene(item(name).boundingRect().center());
 }
 
 std::vector<motion::ZoomSegment> WindowStage::segments() {
@@ -110,8 +134,8 @@ std::vector<motion::ZoomSegment> WindowStage::segments() {
 
 std::optional<package::EditDocument> WindowStage::saved(
     const std::filesystem::path& package) const {
-  auto loaded = package::EditDocument::load(package);
-  return loaded;
+  const auto loaded = package::EditDocument::load(package, package::Timestamp{});
+  return loaded.ok() != nullptr ? std::optional(*loaded.ok()) : std::nullopt;
 }
 
 int WindowStage::framesIn(std::chrono::milliseconds time) {

@@ -56,9 +56,9 @@ class WindowStage : public testing::Test {
   /// Whether there is such an item that is seen.
   bool isShown(const QString& name) const;
   QQuickItem& item(const QString& name) const;
-  /// Where an item's point lies in the scene; without one, its middle.
-  QPointF place(const QString& name) const;
-  QPointF place(const QString& name, QPointF point) const;
+  /// Where an item's point lies in the scene once all is laid out; without one, its middle.
+  QPointF place(const QString& name);
+  QPointF place(const QString& name, QPointF point);
 
   /// The segments of the session, in the order of their starts.
   std::vector<motion::ZoomSegment> segments();
@@ -67,6 +67,8 @@ class WindowStage : public testing::Test {
   /// The document as it lies in the package.
   std::optional<package::EditDocument> saved(const std::filesystem::path& package) const;
 
+  /// Waits for frames, before which everything comes to its place.
+  void layOut();
   /// Counts the frames that the window draws in such a time, and lets nothing else happen.
   int framesIn(std::chrono::milliseconds time);
   /// Waits until the window draws nothing more; whether it comes to that.

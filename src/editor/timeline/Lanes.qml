@@ -13,7 +13,7 @@ Item {
     readonly property real gutter: 8
 
     objectName: "timelineLanes"
-    implicitHeight: column.implicitHeight
+    implicitHeight: TimelineLayout.rulerH + TimelineLayout.markerH + TimelineLayout.videoH + TimelineLayout.zoomH
     clip: true
 
     Binding {

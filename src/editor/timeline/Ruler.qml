@@ -30,7 +30,8 @@ Item {
                 color: Theme.t3
             }
             Text {
-                x: 5
+                // Beside the playhead's handle when that stands on the tick.
+                x: 8
                 anchors.verticalCenter: parent.verticalCenter
                 text: parent.label
                 color: Theme.t2

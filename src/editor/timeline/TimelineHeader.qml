@@ -18,17 +18,22 @@ Item {
         spacing: Theme.space
 
         Text {
+            id: title
             text: "时间轴"
             color: Theme.t1
             font { family: Theme.fontFamily; pixelSize: Theme.fontBody; weight: Font.Medium }
         }
         Text {
+            readonly property real others: title.implicitWidth + (manualEdits.visible ? manualEdits.implicitWidth + Theme.space : 0)
             objectName: "timelinePlayheadText"
+            // The transport bar has the time as well, so that this one is the first to make room.
+            visible: header.width - tools.width >= others + implicitWidth + 4 * Theme.space
             text: header.view.playheadText
             color: Theme.t2
             font { family: Theme.numberFamily; pixelSize: Theme.fontBody }
         }
         Text {
+            id: manualEdits
             objectName: "manualEditsText"
             anchors.verticalCenter: parent.verticalCenter
             visible: header.view.hasProject && header.view.hasManualEdits
@@ -38,6 +43,7 @@ Item {
         }
     }
     Row {
+        id: tools
         anchors { right: parent.right; rightMargin: Theme.spaceSmall; verticalCenter: parent.verticalCenter }
         spacing: Theme.spaceTiny
 
