@@ -49,6 +49,16 @@ TEST_F(WindowLife, closedItLeavesTheSessionAndAnActivationBringsItBack) {
   EXPECT_TRUE(session().isPlaying());
 }
 
+TEST_F(WindowLife, theSeekThatWasAskedForComesWithEachActivation) {
+  start({.mode = RootMode::edit, .seek = 4, .package = putTour()});
+  ASSERT_TRUE(until([&] { return session().currentTime() == 4; }));
+  session().seek(1);
+  hand().typeToDesktop(Key::f4, capture::optionModifier);
+  ASSERT_TRUE(until([&] { return !window().isVisible(); }));
+  mainWindow().bringToFront({});
+  EXPECT_TRUE(until([&] { return session().currentTime() == 4; }));
+}
+
 TEST_F(WindowLife, closedByItsUserItStillSaves) {
   const auto package = putTour();
   open(package);

@@ -33,21 +33,21 @@ void followApplication(VeskApp& app) {
 std::unique_ptr<MainWindow> MainWindow::create(VeskApp& app) {
   // Before there is anything to see, so that the window comes up with the recording in it.
   app.root().appear();
-  std::unique_ptr<MainWindow> window(new MainWindow);
+  std::unique_ptr<MainWindow> window(new MainWindow(app));
   window->engine_.setInitialProperties(app.properties());
   window->engine_.load(QUrl(QStringLiteral("qrc:/qt-project.org/imports/Vesk/App/MainWindow.qml")));
   const QList<QObject*> roots = window->engine_.rootObjects();
   if (!roots.isEmpty()) window->window_ = qobject_cast<QQuickWindow*>(roots.constFirst());
   if (window->window_ == nullptr) return nullptr;
-  window->follow(app);
+  window->follow();
   return window;
 }
 
-void MainWindow::follow(VeskApp& app) {
-  followApplication(app);
+void MainWindow::follow() {
+  followApplication(app_);
   // What nobody sees should not be heard.
-  QObject::connect(window_, &QWindow::visibleChanged, &app.root(), [&app](bool visible) {
-    if (!visible) app.preview().pause();
+  QObject::connect(window_, &QWindow::visibleChanged, &app_.root(), [this](bool visible) {
+    if (!visible) app_.preview().pause();
   });
   QObject::connect(window_, &QQuickWindow::sceneGraphError, window_,
                    [](QQuickWindow::SceneGraphError, const QString& message) {
@@ -70,10 +70,14 @@ void MainWindow::show() {
 void MainWindow::bringToFront(const QString& token) {
   // Where the desktop guards the focus, this is the user's leave to take it.
   if (!token.isEmpty()) qputenv("XDG_ACTIVATION_TOKEN", token.toUtf8());
+  // An application whose window was closed still counts as active, so nothing tells of its return.
+  const bool returnsUnnoticed =
+      !window_->isVisible() && QGuiApplication::applicationState() == Qt::ApplicationActive;
   if (window_->visibility() == QWindow::Minimized) window_->showNormal();
   window_->show();
   window_->raise();
   window_->requestActivate();
+  if (returnsUnnoticed) app_.root().activate();
 }
 
 }  // namespace vesk::app

@@ -26,9 +26,10 @@ class MainWindow {
   void bringToFront(const QString& token);
 
  private:
-  MainWindow() = default;
-  void follow(VeskApp& app);
+  explicit MainWindow(VeskApp& app) : app_(app) {}
+  void follow();
 
+  VeskApp& app_;
   QQmlApplicationEngine engine_;
   QQuickWindow* window_ = nullptr;  ///< the engine's
 };
