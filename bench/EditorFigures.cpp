@@ -306,7 +306,7 @@ void measureDrift(Stage& stage, const std::string& remote, double seconds) {
   Onsets onsets(remote);
   std::vector<double> flashes;
   bool wasBright = true;
-  bool isFlash = false;
+  std::atomic<bool> isFlash = false;
   const auto drawn = QObject::connect(&stage.window(), &QQuickWindow::afterAnimating, [&] {
     const bool bright = isBright(stage.session().screenPicture());
     isFlash = bright && !wasBright;
@@ -318,8 +318,7 @@ void measureDrift(Stage& stage, const std::string& remote, double seconds) {
       [&] {
         const double now = std::chrono::duration<double>(Clock::now().time_since_epoch()).count();
         const std::scoped_lock lock(mutex);
-        if (isFlash) flashes.push_back(now);
-        isFlash = false;
+        if (isFlash.exchange(false)) flashes.push_back(now);
       },
       Qt::DirectConnection);
   stage.session().play();
