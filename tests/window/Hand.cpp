@@ -40,6 +40,9 @@ bool Hand::eventFilter(QObject* /*object*/, QEvent* event) {
     case QEvent::MouseButtonPress:
       ++presses_;
       break;
+    case QEvent::MouseButtonDblClick:
+      ++doubleClicks_;
+      break;
     case QEvent::MouseButtonRelease:
       ++releases_;
       break;
@@ -110,11 +113,16 @@ void Hand::rightClick(QPointF point) {
 
 void Hand::doubleClick(QPointF point) {
   moveTo(point);
-  const int before = releases_;
-  // At once, so that they are one however slow the window is.
-  user_.clickButton(static_cast<std::uint8_t>(Button::left));
-  user_.clickButton(static_cast<std::uint8_t>(Button::left));
-  ASSERT_TRUE(until([&] { return releases_ >= before + 2; })) << "the clicks do not arrive";
+  const int before = doubleClicks_;
+  const auto isDone = [&] { return doubleClicks_ > before && releases_ >= presses_; };
+  for (int attempt = 0; attempt < 5 && doubleClicks_ == before; ++attempt) {
+    // At once, so that they are one however slow the window is; on a busy display the window
+    // manager may still keep one of them for itself.
+    user_.clickButton(static_cast<std::uint8_t>(Button::left));
+    user_.clickButton(static_cast<std::uint8_t>(Button::left));
+    static_cast<void>(until(isDone, std::chrono::seconds{3}));
+  }
+  ASSERT_TRUE(doubleClicks_ > before) << "the clicks do not arrive as one";
 }
 
 void Hand::dragTo(QPointF point) {

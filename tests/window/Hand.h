@@ -72,6 +72,7 @@ class Hand : public QObject {
   QPoint sent_;  ///< where the pointer was moved to last
   QPoint seen_;  ///< where the window was told of it last
   int presses_ = 0;
+  int doubleClicks_ = 0;
   int releases_ = 0;
   int keyReleases_ = 0;
   bool isHolding_ = false;
