@@ -257,7 +257,9 @@ TEST_F(RecordedTake, aSoundServerThatDiesLeavesTheTakeWithAReason) {
   ASSERT_TRUE(opened);
   const auto& take = *opened;
   EXPECT_TRUE(take.meta.interrupted);
-  EXPECT_THAT(take.meta.interruptReason.value_or(""), testing::HasSubstr("麦克风："));
+  // Whether the microphone has noticed too by the time the take ends is up to chance.
+  EXPECT_THAT(take.meta.interruptReason.value_or(""),
+              testing::HasSubstr("与 PipeWire 服务的连接已断开"));
   EXPECT_TRUE(media::VideoReader::open(take.screenURL()));
 }
 
