@@ -35,7 +35,8 @@ int testPairing(const CommandContext& context) {
 }
 
 int testEditRoundtrip(const CommandContext& context) {
-  EditorStage stage(context.library(), std::make_unique<editor::SilentSoundOutput>(EditorStage::hostTime));
+  EditorStage stage(context.library(),
+                    std::make_unique<editor::SilentSoundOutput>(EditorStage::hostTime));
   return printOutcome(context,
                       checkEditRoundtrip(context.now, [&] { return stage.makeSession(); }));
 }

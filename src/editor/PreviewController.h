@@ -191,7 +191,8 @@ class PreviewController : public QObject {
   void isPlayingChanged();
   /// The preview shows something else now.
   void pictureChanged();
-  /// A picture that was asked for is decoded. Emitted on a decoder's thread; pictureChanged follows.
+  /// A picture that was asked for is decoded. Emitted on a decoder's thread; pictureChanged
+  /// follows.
   void pictureArrived();
 
  private:

@@ -14,16 +14,10 @@ namespace vesk::media {
 namespace {
 
 constexpr std::int64_t blockLength = 4096;
-/// Louder is no sound. Above full scale a factor of a thousand, which no gain brings back.
-constexpr float loudest = 1000;
 
 std::int64_t samples(double seconds) {
   constexpr double most = 1e15;
   return std::llround(std::clamp(seconds * soundRate, 0.0, most));
-}
-
-float audible(float value) {
-  return std::abs(value) <= loudest ? value : 0;  // what is no number compares as greater
 }
 
 /// A source on the mix's time line.
@@ -47,8 +41,8 @@ void Voice::addTo(std::span<StereoSample> block, std::int64_t position) {
   reader.read(heard);
   auto place = block.begin() + (from - position);
   for (const StereoSample& sample : heard) {
-    place->left += gain * audible(sample.left);
-    place->right += gain * audible(sample.right);
+    place->left += gain * sample.left;
+    place->right += gain * sample.right;
     ++place;
   }
 }
