@@ -6,7 +6,6 @@
 #include <chrono>
 #include <cmath>
 #include <memory>
-#include <thread>
 #include <vector>
 
 #include "app/EditorStage.h"
@@ -56,11 +55,15 @@ class Sampling {
       // What the players need to get going says nothing about how they run.
       if (session_.currentTime() <= 0) continue;
       if (!session_.isPlaying()) break;
+      if (samples.empty()) playing_ = session_.audioDiagnostics();
       samples.push_back(look());
     }
     session_.pause();
     return samples;
   }
+
+  /// What the main player said of itself while it played.
+  const editor::AudioDiagnostics& playing() const { return playing_; }
 
  private:
   Sample look() {
@@ -93,6 +96,7 @@ class Sampling {
   }
 
   PreviewController& session_;
+  editor::AudioDiagnostics playing_;
   std::optional<media::VideoFrame> lastByOffset_;
   std::optional<media::VideoFrame> lastByClock_;
   std::optional<media::HostTime> startHost_;
@@ -252,11 +256,9 @@ int diagnoseCameraSync(const CommandContext& context) {
   }
 
   Sampling sampling(*session);
-  session->play();
-  const editor::AudioDiagnostics playing = session->audioDiagnostics();
   const std::vector<Sample> samples = sampling.run();
   report.print(rows(samples));
-  report.print(playerReport(playing, project->micURL().has_value()));
+  report.print(playerReport(sampling.playing(), project->micURL().has_value()));
   report.print(countReport(samples));
   return report.exitCode();
 }

@@ -25,6 +25,10 @@ double SyncedPlayer::time(double mainTime) const {
   return std::max(mainTime + delta, 0.0);
 }
 
+double SyncedPlayer::pictureTime(double mainTime) const {
+  return std::max(time(mainTime), pictures->firstPTS());
+}
+
 Player::Player(const package::RecordingProject& project, SoundOutput& sound,
                const std::function<void()>& arrival)
     : sound_(sound), composition_(composePlayback(project)) {
@@ -125,24 +129,20 @@ std::optional<media::VideoFrame> Player::screenPicture(double time) const {
 
 std::optional<media::VideoFrame> Player::cameraPicture(double time) const {
   if (!camera_) return std::nullopt;
-  // Until the camera has started, its first picture stands.
-  const double wanted = syncedPlayers().front().time(time);
-  return camera_->pictureAt(std::max(wanted, camera_->firstPTS()));
+  return camera_->pictureAt(syncedPlayers().front().pictureTime(time));
 }
 
 bool Player::hasExactPictures(double time) const {
   const bool screenIsExact = !screen_ || screen_->isExactAt(screenTime(time));
   return screenIsExact && std::ranges::all_of(syncedPlayers(), [&](const SyncedPlayer& synced) {
-           return synced.pictures->isExactAt(
-               std::max(synced.time(time), synced.pictures->firstPTS()));
+           return synced.pictures->isExactAt(synced.pictureTime(time));
          });
 }
 
 void Player::waitForPictures(double time) const {
   if (screen_) static_cast<void>(screen_->waitForPictureAt(screenTime(time)));
   for (const SyncedPlayer& synced : syncedPlayers()) {
-    static_cast<void>(synced.pictures->waitForPictureAt(
-        std::max(synced.time(time), synced.pictures->firstPTS())));
+    static_cast<void>(synced.pictures->waitForPictureAt(synced.pictureTime(time)));
   }
 }
 

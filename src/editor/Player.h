@@ -22,6 +22,8 @@ struct SyncedPlayer {
   double delta = 0;  ///< seconds; its time is the main player's plus this, and not below 0
 
   double time(double mainTime) const;
+  /// The time to ask its pictures for: until the stream has started, its first one stands.
+  double pictureTime(double mainTime) const;
 };
 
 /// Plays a recording: screen and camera as pictures to be pulled by time, the sound through an
