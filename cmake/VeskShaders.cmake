@@ -13,6 +13,12 @@ function(vesk_embed_shaders target namespace)
     DEPENDS ${ARG_SHADERS} ${ARG_INCLUDES} "${CMAKE_SOURCE_DIR}/cmake/EmbedShaders.cmake"
     COMMENT "Embedding the shaders of ${target}"
     VERBATIM)
+  # "vesk_shaders" makes all such headers and nothing else, for tools that only read the sources.
+  add_custom_target(${target}_shaders DEPENDS "${header}")
+  if(NOT TARGET vesk_shaders)
+    add_custom_target(vesk_shaders)
+  endif()
+  add_dependencies(vesk_shaders ${target}_shaders)
   target_sources(${target} PRIVATE "${header}")
   target_include_directories(${target} PRIVATE "${CMAKE_CURRENT_BINARY_DIR}/shaders")
 endfunction()

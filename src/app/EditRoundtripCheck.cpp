@@ -118,11 +118,6 @@ void checkUndoOfRegeneration(PreviewController& session, const EditedTake& edite
   }
 }
 
-CheckOutcome breakOff(SelfCheck check, std::string_view reason) {
-  check.line(fmt::format("  ✗ {}", reason));
-  return check.stop(1);
-}
-
 }  // namespace
 
 Failures reopeningFailures(const PreviewController& reopened, const EditedTake& edited,
@@ -164,15 +159,14 @@ Failures reopeningFailures(const PreviewController& reopened, const EditedTake& 
 CheckOutcome checkEditRoundtrip(package::Timestamp now, const MakeSession& makeSession) {
   SelfCheck check(" 编辑意图往返自检（走真实 open 路径）");
   const auto take = markedTake(now);
-  if (!take) return breakOff(std::move(check), "无法创建合成包");
+  if (!take) return check.breakOff("无法创建合成包");
   const auto first = makeSession();
   first->open(*take);
   if (!first->hasProject()) {
-    return breakOff(std::move(check),
-                    fmt::format("第一次打开失败：{}", first->loadError().toStdString()));
+    return check.breakOff(fmt::format("第一次打开失败：{}", first->loadError().toStdString()));
   }
   check.line(fmt::format("  首次打开        {} 段（算法推断）", count(*first)));
-  if (count(*first) < 2) return breakOff(std::move(check), "合成包没产出至少 2 段，用例失效");
+  if (count(*first) < 2) return check.breakOff("合成包没产出至少 2 段，用例失效");
 
   const EditedValues values;
   const EditedTake edited = edit(*first, values);
@@ -181,14 +175,13 @@ CheckOutcome checkEditRoundtrip(package::Timestamp now, const MakeSession& makeS
   first->flushSave();
   std::error_code error;
   if (!fs::exists(*take / "edit.json", error)) {
-    return breakOff(std::move(check), "edit.json 没落盘");
+    return check.breakOff("edit.json 没落盘");
   }
 
   const auto second = makeSession();
   second->open(*take);
   if (!second->hasProject()) {
-    return breakOff(std::move(check),
-                    fmt::format("第二次打开失败：{}", second->loadError().toStdString()));
+    return check.breakOff(fmt::format("第二次打开失败：{}", second->loadError().toStdString()));
   }
   check.line(fmt::format("  重开后          {} 段", count(*second)));
   Failures failures = reopeningFailures(*second, edited, values);

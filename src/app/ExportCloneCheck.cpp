@@ -22,13 +22,13 @@ namespace {
 using compositor::CompositeSettings;
 using compositor::PreviewRenderer;
 
-constexpr double takeLength = 6;
+constexpr double clonedTakeLength = 6;
 
 std::shared_ptr<const package::RecordingProject> syntheticProject(package::Timestamp now) {
   using package::RecordedEvent;
   constexpr std::array marks{
       package::SyntheticMark{.t = 1.0, .kind = RecordedEvent::Kind::zoomIn, .x = 0.3, .y = 0.4}};
-  const auto url = package::makeSyntheticPackage(marks, takeLength, now);
+  const auto url = package::makeSyntheticPackage(marks, clonedTakeLength, now);
   if (!url) return nullptr;
   auto project = package::RecordingProject::load(*url, now);
   if (!project) return nullptr;
@@ -108,11 +108,6 @@ std::vector<std::string> entanglements(PreviewRenderer& source, const PreviewRen
   return found;
 }
 
-CheckOutcome breakOff(SelfCheck check, std::string_view reason) {
-  check.line(fmt::format("  ✗ {}", reason));
-  return check.stop(1);
-}
-
 }  // namespace
 
 std::vector<std::string> cloneDifferences(const CompositeSettings& source,
@@ -152,15 +147,15 @@ CheckOutcome checkExportClone(package::Timestamp now) {
   const auto headless = HeadlessRenderer::create();
   std::unique_ptr<PreviewRenderer> source;
   if (headless) source = headless->makeRenderer();
-  if (!source) return breakOff(std::move(check), "Metal 不可用");
+  if (!source) return check.breakOff("Metal 不可用");
   const auto project = syntheticProject(now);
-  if (!project) return breakOff(std::move(check), "造不出合成素材");
+  if (!project) return check.breakOff("造不出合成素材");
   source->load(project);
   source->settings = unusualLook(*project);
 
   check.line("  源渲染器 14 项参数全部设为非默认值，逐项比对克隆");
   const auto clone = source->exportClone(headless->device(), project);
-  if (!clone) return breakOff(std::move(check), "克隆失败");
+  if (!clone) return check.breakOff("克隆失败");
   for (std::string& difference :
        cloneDifferences(source->settings, (*clone)->settings, project->duration())) {
     check.collect(std::move(difference));

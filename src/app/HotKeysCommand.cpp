@@ -22,7 +22,7 @@ namespace {
 using Action = capture::HotKeyManager::Action;
 using Seconds = std::chrono::duration<double>;
 
-constexpr double defaultSeconds = 12;
+constexpr double listeningSeconds = 12;
 constexpr Seconds untilZoomIn{1.0};
 constexpr Seconds untilZoomOut{0.6};  // after the first
 
@@ -95,7 +95,7 @@ int diagnoseHotKeys(const CommandContext& context) {
   }
   auto& backends = (*stage)->backends();
   auto& loop = (*stage)->loop();
-  const double seconds = context.commandLine.number("--diag-hotkeys").value_or(defaultSeconds);
+  const double seconds = context.commandLine.number("--diag-hotkeys").value_or(listeningSeconds);
   const auto keys = combinations(context.commandLine.has("--default-keys"));
   printHeading(context, keys, backends);
 

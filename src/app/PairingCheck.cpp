@@ -23,7 +23,7 @@ using package::SyntheticMark;
 
 constexpr auto zoomIn = package::RecordedEvent::Kind::zoomIn;
 constexpr auto zoomOut = package::RecordedEvent::Kind::zoomOut;
-constexpr double takeLength = 12;
+constexpr double pairingTakeLength = 12;
 constexpr double placeTolerance = 0.005;
 
 struct Range {
@@ -129,7 +129,7 @@ void findOverlaps(const std::vector<ZoomSegment>& segments, std::vector<std::str
 }
 
 std::vector<std::string> runCase(const PairingCase& pairing, package::Timestamp now) {
-  const auto url = package::makeSyntheticPackage(pairing.marks, takeLength, now);
+  const auto url = package::makeSyntheticPackage(pairing.marks, pairingTakeLength, now);
   if (!url) {
     return {"无法创建合成包"};
   }

@@ -1,5 +1,7 @@
 #include "app/RecordedRun.h"
 
+#include <fmt/format.h>
+
 #include <chrono>
 #include <utility>
 #include <variant>
@@ -64,6 +66,11 @@ std::expected<std::filesystem::path, RunFailure> recordRun(CaptureStage& stage,
     return failure("停止后状态异常：" + std::visit(NameOfState{}, session.state()));
   }
   return finished->url;
+}
+
+int failRun(const CommandContext& context, std::string_view reason) {
+  fmt::print(context.out, "  ✗ {}\n", reason);
+  return 1;
 }
 
 }  // namespace vesk::app

@@ -44,6 +44,11 @@ void SelfCheck::collect(std::string failure) {
   failed_.push_back(std::move(failure));
 }
 
+CheckOutcome SelfCheck::breakOff(std::string_view reason) {
+  line(fmt::format("  ✗ {}", reason));
+  return stop(1);
+}
+
 CheckOutcome SelfCheck::finish(std::string_view verdict) const {
   return {fmt::format("{}{}\n{}{}\n", text_, motion::ruler(), mark(failed_.empty()), verdict),
           failed_.empty() ? 0 : 1};

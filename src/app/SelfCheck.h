@@ -43,6 +43,9 @@ class SelfCheck {
   /// Ends the check without a verdict, after its lines.
   CheckOutcome stop(int exitCode) const { return {text_, exitCode}; }
 
+  /// Ends the check before its verdict, because it cannot go on.
+  CheckOutcome breakOff(std::string_view reason);
+
  private:
   std::string text_;
   int steps_ = 0;

@@ -93,7 +93,7 @@ class ProbeTour {
   std::vector<PointerProbe>& probes_;
 };
 
-int fail(const CommandContext& context, std::string_view message) {
+int failSmoke(const CommandContext& context, std::string_view message) {
   fmt::print(context.out, "✗ {}\n", message);
   return 1;
 }
@@ -142,11 +142,11 @@ int smokeRecord(const CommandContext& context) {
   fmt::print(context.out, "{0}\n 录制范围冒烟测试 · {1}\n{0}\n", motion::ruler(),
              *region ? target : "全屏");
   auto stage = context.makeCaptureStage();
-  if (!stage) return fail(context, "启动失败：" + stage.error());
+  if (!stage) return failSmoke(context, "启动失败：" + stage.error());
   const auto& geometry = *(*stage)->backends().geometry;
   const auto scope = scopeOf(*region, geometry);
   const auto wanted = capture::screenTarget(scope, framesPerSecond, geometry);
-  if (!wanted) return fail(context, "启动失败：" + wanted.error().message);
+  if (!wanted) return failSmoke(context, "启动失败：" + wanted.error().message);
 
   SmokeEvidence evidence{.expected = wanted->size, .actual = {}, .probes = {}};
   const auto area = std::get<capture::ScreenRequest::Area>(wanted->subject).rect;
@@ -154,11 +154,11 @@ int smokeRecord(const CommandContext& context) {
                                            .limit = limitInSeconds,
                                            .perform = ProbeTour{area, evidence.probes}});
   if (!package) {
-    return fail(context,
-                package.error().timedOut ? "超时：录制没有在 20s 内结束" : package.error().message);
+    return failSmoke(context, package.error().timedOut ? "超时：录制没有在 20s 内结束"
+                                                       : package.error().message);
   }
   const auto project = package::RecordingProject::load(*package, context.now);
-  if (!project) return fail(context, "录制包读不出来");
+  if (!project) return failSmoke(context, "录制包读不出来");
   fmt::print(context.out, "\n  包：{}\n", package->string());
   evidence.actual = pictureSize(*package / "screen.mov");
   for (auto& probe : evidence.probes) probe.leftAt -= project->meta.firstFramePTS.value_or(0);

@@ -14,15 +14,8 @@
 namespace vesk::app {
 namespace {
 
-constexpr double defaultSeconds = 6;
-constexpr double secondsOfGrace = 30;
 constexpr double largestGap = 0.5;
 constexpr double shortestTail = 0.1;
-
-int fail(const CommandContext& context, std::string_view message) {
-  fmt::print(context.out, "  ✗ {}\n", message);
-  return 1;
-}
 
 }  // namespace
 
@@ -64,9 +57,10 @@ CheckOutcome staticTailVerdict(double gap, double tail) {
 
 int diagnoseStaticTail(const CommandContext& context) {
   auto stage = context.makeCaptureStage();
-  const double seconds = context.commandLine.number("--diag-static-tail").value_or(defaultSeconds);
+  const double seconds =
+      context.commandLine.number("--diag-static-tail").value_or(defaultRunSeconds);
   fmt::print(context.out, "=== 静态画面尾巴 ===\n");
-  if (!stage) return fail(context, "启动失败：" + stage.error());
+  if (!stage) return failRun(context, "启动失败：" + stage.error());
   const auto region = context.commandLine.value("--region");
   const auto scope =
       scopeOf(region ? looseRegion(*region) : std::nullopt, *(*stage)->backends().geometry);
@@ -74,18 +68,18 @@ int diagnoseStaticTail(const CommandContext& context) {
              seconds, inWords(scope));
   std::fflush(context.out);
 
-  const auto package = recordRun(**stage, {.order = {.scope = scope},
-                                           .seconds = seconds,
-                                           .limit = seconds + secondsOfGrace,
-                                           .perform = {}});
-  if (!package) return fail(context, package.error().timedOut ? "超时" : package.error().message);
+  const auto package = recordRun(
+      **stage,
+      {.order = {.scope = scope}, .seconds = seconds, .limit = seconds + runGrace, .perform = {}});
+  if (!package)
+    return failRun(context, package.error().timedOut ? "超时" : package.error().message);
   const auto report =
       (*stage)->session().lastCaptureReport().value_or(capture::ScreenCaptureEngine::Report{});
   fmt::print(context.out, "{}", staticTailReport(report));
 
   const auto project = package::RecordingProject::load(*package, context.now);
   const auto length = media::pictureDuration(*package / "screen.mov");
-  if (!project || !length) return fail(context, "读不出录制包");
+  if (!project || !length) return failRun(context, "读不出录制包");
   const double wall = project->meta.duration.value_or(0);
   fmt::print(context.out,
              "  墙钟时长      {:.3f}s  (meta.duration)\n"

@@ -20,14 +20,7 @@ namespace {
 
 using capture::WindowChoice;
 
-constexpr double defaultSeconds = 6;
-constexpr double secondsOfGrace = 30;
 constexpr std::string_view flag = "--diag-window-resize";
-
-int fail(const CommandContext& context, std::string_view message) {
-  fmt::print(context.out, "  ✗ {}\n", message);
-  return 1;
-}
 
 std::string rectInWords(const std::optional<package::Rect>& rect) {
   const auto r = rect.value_or(package::Rect{});
@@ -44,7 +37,7 @@ int refuse(const CommandContext& context, std::string_view name,
 
 double secondsOf(const CommandLine& commandLine) {
   const auto text = commandLine.secondValue(flag);
-  return (text ? parseNumber(*text) : std::nullopt).value_or(defaultSeconds);
+  return (text ? parseNumber(*text) : std::nullopt).value_or(defaultRunSeconds);
 }
 
 }  // namespace
@@ -70,10 +63,10 @@ int diagnoseWindowResize(const CommandContext& context) {
   const double seconds = secondsOf(context.commandLine);
   fmt::print(context.out, "=== 窗口缩放 ↔ 采集矩形 ===\n");
   auto stage = context.makeCaptureStage();
-  if (!stage) return fail(context, "启动失败：" + stage.error());
+  if (!stage) return failRun(context, "启动失败：" + stage.error());
   const auto& geometry = *(*stage)->backends().geometry;
   const auto windows = geometry.windows();
-  if (!windows) return fail(context, windows.error().message);
+  if (!windows) return failRun(context, windows.error().message);
   const auto choices = capture::windowChoices(*windows, capture::ownApplicationID);
   const auto chosen = std::ranges::find_if(
       choices, [&](const WindowChoice& window) { return window.appName.contains(name); });
@@ -87,9 +80,10 @@ int diagnoseWindowResize(const CommandContext& context) {
   const auto package =
       recordRun(**stage, {.order = {.scope = {package::CaptureScope::Window{chosen->id}}},
                           .seconds = seconds,
-                          .limit = seconds + secondsOfGrace,
+                          .limit = seconds + runGrace,
                           .perform = {}});
-  if (!package) return fail(context, package.error().timedOut ? "超时" : package.error().message);
+  if (!package)
+    return failRun(context, package.error().timedOut ? "超时" : package.error().message);
 
   const auto frame = geometry.windowFrame(chosen->id);
   const auto after = frame ? capture::sizeOf(*frame) : before;

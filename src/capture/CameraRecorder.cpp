@@ -12,18 +12,14 @@ namespace vesk::capture {
 namespace {
 
 using CameraError = CameraRecorder::CameraError;
-using Started = std::expected<void, CameraError>;
+using CameraStarted = std::expected<void, CameraError>;
 
 constexpr PixelSize movieSize{.width = 1280, .height = 720};
-constexpr int framesPerSecond = 30;
-constexpr std::int64_t bitRate = 1'658'880;
+constexpr int cameraFramesPerSecond = 30;
+constexpr std::int64_t cameraBitRate = 1'658'880;
 
 spdlog::logger& cameraLog() {
   return package::log(package::LogCategory::camera);
-}
-
-double seconds(media::HostTime time) {
-  return std::chrono::duration<double>(time).count();
 }
 
 CameraError errorOf(const CameraRefusal& refusal) {
@@ -38,8 +34,8 @@ media::CaptureSettings movieSettings() {
   return {.kind = media::GrowingFile::quickTime,
           .pictures = {{.width = movieSize.width,
                         .height = movieSize.height,
-                        .fps = framesPerSecond,
-                        .bitRate = bitRate}},
+                        .fps = cameraFramesPerSecond,
+                        .bitRate = cameraBitRate}},
           .encoder = media::plainestCaptureEncoder(),
           .sound = {}};
 }
@@ -53,8 +49,8 @@ CameraRecorder::~CameraRecorder() {
   stop();
 }
 
-Started CameraRecorder::start(const std::optional<CameraDevice>& device,
-                              const std::filesystem::path& url) {
+CameraStarted CameraRecorder::start(const std::optional<CameraDevice>& device,
+                                    const std::filesystem::path& url) {
   auto chosen = device;
   if (!chosen) {
     auto all = camera_.devices();
@@ -86,7 +82,7 @@ Started CameraRecorder::start(const std::optional<CameraDevice>& device,
 void CameraRecorder::receive(const CameraFrame& frame) {
   const std::scoped_lock lock{mutex_};
   if (!url_ || (!started_ && !begin(frame)) || !isWritable()) return;
-  if (!firstLitFramePTS_ && isLit(frame.pixels)) firstLitFramePTS_ = seconds(frame.stamp);
+  if (!firstLitFramePTS_ && isLit(frame.pixels)) firstLitFramePTS_ = media::secondsOf(frame.stamp);
   write(frame);
 }
 
@@ -102,7 +98,7 @@ bool CameraRecorder::begin(const CameraFrame& frame) {
   }
   movie_ = *std::move(movie);
   started_ = true;
-  firstFramePTS_ = seconds(frame.stamp);
+  firstFramePTS_ = media::secondsOf(frame.stamp);
   pixelSize_ = {.width = frame.pixels.width, .height = frame.pixels.height};
   return true;
 }

@@ -11,16 +11,16 @@ namespace vesk::capture {
 namespace {
 
 using MicError = MicrophoneRecorder::MicError;
-using Started = std::expected<void, MicError>;
+using MicStarted = std::expected<void, MicError>;
 
 constexpr int channels = 1;
-constexpr std::int64_t bitRate = 128'000;
+constexpr std::int64_t voiceBitRate = 128'000;
 
 spdlog::logger& micLog() {
   return package::log(package::LogCategory::mic);
 }
 
-Started failed(MicError::Kind kind, std::string message) {
+MicStarted failed(MicError::Kind kind, std::string message) {
   return std::unexpected(MicError{.kind = kind, .message = std::move(message)});
 }
 
@@ -33,12 +33,12 @@ MicrophoneRecorder::~MicrophoneRecorder() {
   stop();
 }
 
-Started MicrophoneRecorder::start(const std::filesystem::path& url) {
+MicStarted MicrophoneRecorder::start(const std::filesystem::path& url) {
   const auto device = microphone_.deviceName();
   if (!device) return failed(MicError::Kind::noDevice, "找不到可用的麦克风");
   auto movie = openMovie_(url, {.kind = media::GrowingFile::sound,
                                 .pictures = {},
-                                .sound = {{.channels = channels, .bitRate = bitRate}}});
+                                .sound = {{.channels = channels, .bitRate = voiceBitRate}}});
   if (!movie) {
     return failed(MicError::Kind::writerSetupFailed,
                   "麦克风写入器创建失败：" + movie.error().message);

@@ -12,17 +12,18 @@ namespace vesk::capture {
 namespace {
 
 constexpr std::int64_t samplesPerSecond = 120;
-constexpr std::int64_t second = 1'000'000'000;
+constexpr std::int64_t nanosecondsInSecond = 1'000'000'000;
 
 std::int64_t monotonicNow() {
   timespec time{};
   ::clock_gettime(CLOCK_MONOTONIC, &time);
-  return time.tv_sec * second + time.tv_nsec;
+  return time.tv_sec * nanosecondsInSecond + time.tv_nsec;
 }
 
 /// May return early on a signal.
 void sleepUntil(std::int64_t deadline) {
-  const timespec time{.tv_sec = deadline / second, .tv_nsec = deadline % second};
+  const timespec time{.tv_sec = deadline / nanosecondsInSecond,
+                      .tv_nsec = deadline % nanosecondsInSecond};
   ::clock_nanosleep(CLOCK_MONOTONIC, TIMER_ABSTIME, &time, nullptr);
 }
 

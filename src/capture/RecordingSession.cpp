@@ -19,7 +19,7 @@ namespace {
 using package::RecordingMeta;
 using Kind = package::RecordedEvent::Kind;
 
-constexpr int framesPerSecond = 60;
+constexpr int screenFramesPerSecond = 60;
 constexpr double bitsPerPixel = 0.05;
 constexpr double tickInterval = 0.1;
 
@@ -162,7 +162,7 @@ std::expected<RecordingSession::Started, CaptureError> RecordingSession::startSt
     const Order& order, const std::filesystem::path& package) {
   const auto started = engine_.start({.displayID = displayID_,
                                       .scope = order.scope,
-                                      .fps = framesPerSecond,
+                                      .fps = screenFramesPerSecond,
                                       .bppCoefficient = bitsPerPixel,
                                       .outputURL = package / "screen.mov",
                                       .capturesSystemAudio = order.captureSystemAudio});
@@ -197,7 +197,7 @@ void RecordingSession::begin(const Order& order, const Started& started) {
       .displayID = displayID_,
       .captureWidth = started.pixelWidth,
       .captureHeight = started.pixelHeight,
-      .fps = framesPerSecond,
+      .fps = screenFramesPerSecond,
       .scaleFactor = started.scaleFactor,
       .hasSystemAudio = order.captureSystemAudio,
       .hasMicrophone = started.hasMicrophone,

@@ -27,12 +27,8 @@ spdlog::logger& captureLog() {
   return package::log(package::LogCategory::capture);
 }
 
-double seconds(HostTime time) {
-  return std::chrono::duration<double>(time).count();
-}
-
 std::optional<double> seconds(const std::optional<HostTime>& time) {
-  return time ? std::optional{seconds(*time)} : std::nullopt;
+  return time ? std::optional{media::secondsOf(*time)} : std::nullopt;
 }
 
 bool differs(const package::Rect& a, const package::Rect& b) {
@@ -149,8 +145,8 @@ void ScreenCaptureEngine::receive(const ScreenFrame& frame) {
     }
   }
   if (isFirst) {
-    captureLog().info("first frame pts={:f}", seconds(frame.stamp));
-    if (onFirstFrame) onFirstFrame(seconds(frame.stamp));
+    captureLog().info("first frame pts={:f}", media::secondsOf(frame.stamp));
+    if (onFirstFrame) onFirstFrame(media::secondsOf(frame.stamp));
   }
   if (!interruption.empty() && onInterrupt) onInterrupt(interruption);
 }

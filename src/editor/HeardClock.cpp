@@ -13,10 +13,6 @@ constexpr double slideTime = 0.5;
 /// Greater differences are made up for at an even pace.
 constexpr double smallDifference = HeardClock::fastestSlide * slideTime;
 
-double secondsOf(media::HostTime time) {
-  return std::chrono::duration<double>(time).count();
-}
-
 }  // namespace
 
 HeardClock::HeardClock(media::HostTime start)
@@ -36,7 +32,7 @@ void HeardClock::report(media::HostTime now, double seconds) {
 }
 
 double HeardClock::heard(media::HostTime now) const {
-  const double elapsed = std::max(secondsOf(now - anchor_), 0.0);
+  const double elapsed = std::max(media::secondsOf(now - anchor_), 0.0);
   return std::max(atAnchor_ + elapsed + slid(elapsed), floor_);
 }
 

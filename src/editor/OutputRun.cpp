@@ -13,10 +13,6 @@ constexpr double longestDelay = 0.1;
 /// At one go, or the device would have to wait.
 constexpr std::int64_t mostLeftOut = media::soundRate;
 
-double secondsOf(media::HostTime time) {
-  return std::chrono::duration<double>(time).count();
-}
-
 }  // namespace
 
 void OutputRun::start(SoundOutput::Fill fill, media::HostTime now) {
@@ -54,7 +50,7 @@ std::int64_t OutputRun::missed(media::HostTime now, media::HostTime heardAt) {
   const double next = static_cast<double>(given_) / media::soundRate;
   const double late = clock_->heard(heardAt) - next;
   if (late > longestDelay) return static_cast<std::int64_t>(late * media::soundRate);
-  clock_->report(now, next - secondsOf(heardAt - now));
+  clock_->report(now, next - media::secondsOf(heardAt - now));
   return 0;
 }
 

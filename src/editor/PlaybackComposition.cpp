@@ -13,7 +13,7 @@
 namespace vesk::editor {
 namespace {
 
-using Kind = PlaybackTrack::Kind;
+using TrackKind = PlaybackTrack::Kind;
 
 constexpr int videoID = 1;
 constexpr int systemID = 2;
@@ -26,7 +26,7 @@ double onGrid(double seconds) {
   return std::round(seconds * timescale) / timescale;
 }
 
-PlaybackTrack track(int id, Kind kind, std::filesystem::path file, double length) {
+PlaybackTrack track(int id, TrackKind kind, std::filesystem::path file, double length) {
   PlaybackTrack made{.id = id, .kind = kind, .file = std::move(file), .segments = {}};
   if (length > 0) made.segments.push_back({.target = 0, .length = length});
   return made;
@@ -41,10 +41,10 @@ PlaybackComposition screenAlone(const package::RecordingProject& project) {
   const auto movie = media::VideoReader::open(screen, 1);
   if (!movie) return composition;
   const double length = movie->info().duration;
-  composition.tracks.push_back(track(videoID, Kind::video, screen, length));
+  composition.tracks.push_back(track(videoID, TrackKind::video, screen, length));
   if (const auto sound = media::soundTrackInfo(screen)) {
     composition.tracks.push_back(
-        track(systemID, Kind::audio, screen, std::min(sound->duration, length)));
+        track(systemID, TrackKind::audio, screen, std::min(sound->duration, length)));
   }
   composition.duration = length;
   return composition;
@@ -55,8 +55,8 @@ double micOffset(const package::RecordingMeta& meta) {
   return onGrid(std::max(*meta.micFirstSamplePTS - *meta.firstFramePTS, 0.0));
 }
 
-std::string_view name(Kind kind) {
-  return kind == Kind::video ? "视频" : "音频";
+std::string_view name(TrackKind kind) {
+  return kind == TrackKind::video ? "视频" : "音频";
 }
 
 std::string describe(const TrackSegment& segment) {
@@ -87,7 +87,7 @@ PlaybackComposition composePlayback(const package::RecordingProject& project) {
   composed.isComposed = true;
   for (PlaybackTrack& cut : composed.tracks) {
     for (TrackSegment& segment : cut.segments) segment.length = std::min(segment.length, end);
-    if (cut.kind == Kind::audio) composed.systemTrackID = cut.id;
+    if (cut.kind == TrackKind::audio) composed.systemTrackID = cut.id;
   }
   composed.duration = std::min(composed.duration, end);
 
@@ -96,7 +96,7 @@ PlaybackComposition composePlayback(const package::RecordingProject& project) {
   const auto sound = media::soundTrackInfo(*mic);
   if (!(remaining > 0) || !sound || !(sound->duration > 0)) return composed;
   const double length = std::min(remaining, sound->duration);
-  PlaybackTrack added{.id = micID, .kind = Kind::audio, .file = *mic, .segments = {}};
+  PlaybackTrack added{.id = micID, .kind = TrackKind::audio, .file = *mic, .segments = {}};
   if (offset > 0) added.segments.push_back({.target = 0, .length = offset, .isEmpty = true});
   added.segments.push_back({.target = offset, .length = length});
   composed.tracks.push_back(std::move(added));
@@ -134,7 +134,7 @@ std::vector<std::string> trackLayoutWarnings(const PlaybackComposition& composit
       if (!segment.isEmpty || !(segment.length > longestHole)) continue;
       warnings.push_back(fmt::format("{}轨中间有 {:.2f}s 空洞", name(track.kind), segment.length));
     }
-    if (track.kind != Kind::audio) continue;
+    if (track.kind != TrackKind::audio) continue;
     ++audioTracks;
     const bool hasContent = std::ranges::any_of(
         track.segments, [](const TrackSegment& segment) { return !segment.isEmpty; });

@@ -28,10 +28,6 @@ QString text(std::string_view utf8) {
   return QString::fromUtf8(utf8.data(), static_cast<qsizetype>(utf8.size()));
 }
 
-double seconds(media::HostTime time) {
-  return std::chrono::duration<double>(time).count();
-}
-
 }  // namespace
 
 PreviewController::PreviewController(Surroundings surroundings, QObject* parent)
@@ -228,7 +224,8 @@ void PreviewController::changeLook(
 
 void PreviewController::pushUndo(double coalesce) {
   if (!project_ || isLoadingDocument_) return;
-  history_.push(seconds(surroundings_.hostTime()), coalesce, [this] { return snapshot(); });
+  history_.push(media::secondsOf(surroundings_.hostTime()), coalesce,
+                [this] { return snapshot(); });
   Q_EMIT historyChanged();
 }
 

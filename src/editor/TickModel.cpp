@@ -7,12 +7,7 @@
 #include "editor/TimelineScale.h"
 
 namespace vesk::editor {
-namespace {
-
-/// The ticks' numbers stay such that each has a next one.
-constexpr double mostSeconds = 1e9;
-
-}  // namespace
+namespace {}  // namespace
 
 std::vector<Tick> ticksIn(TimeRange range, double duration, double pxPerSec) {
   const double interval = tickInterval(pxPerSec);

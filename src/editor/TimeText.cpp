@@ -6,11 +6,10 @@
 #include <cmath>
 #include <cstdint>
 
+#include "editor/TimelineScale.h"
+
 namespace vesk::editor {
 namespace {
-
-/// So many that they can be counted whole, and no recording is as long.
-constexpr double mostSeconds = 1e9;
 
 double readable(double seconds) {
   return std::isnan(seconds) ? 0 : std::clamp(seconds, 0.0, mostSeconds);

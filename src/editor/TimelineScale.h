@@ -4,6 +4,9 @@ namespace vesk::editor {
 
 // The scale of the timeline, in points a second: a time t lies at x = t × pxPerSec.
 
+/// No recording is longer. Up to here its lanes have a width to calculate with, each tick of the
+/// ruler has a next one, and a text can count whole seconds.
+inline constexpr double mostSeconds = 1e9;
 inline constexpr double leastPxPerSec = 4;
 inline constexpr double mostPxPerSec = 200;
 inline constexpr double zoomStep = 1.4;

@@ -5,10 +5,10 @@
 namespace vesk::editor {
 namespace {
 
-using Kind = package::RecordedEvent::Kind;
+using EventKind = package::RecordedEvent::Kind;
 
 bool isManualMark(const package::RecordedEvent& event) {
-  return event.type == Kind::zoomIn || event.type == Kind::zoomOut;
+  return event.type == EventKind::zoomIn || event.type == EventKind::zoomOut;
 }
 
 }  // namespace

@@ -13,8 +13,6 @@ namespace {
 constexpr double margin = 120;
 /// How much of what came before stays to be seen when a page is turned.
 constexpr double keptShare = 0.1;
-/// No recording is longer, and its lanes have a width to calculate with.
-constexpr double mostSeconds = 1e9;
 
 constexpr double wheelNotch = 120;  ///< in eighths of a degree
 constexpr double notchPoints = 60;

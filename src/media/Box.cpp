@@ -8,7 +8,6 @@ namespace {
 
 constexpr std::size_t headerSize = 8;
 constexpr std::size_t longHeaderSize = 16;
-constexpr std::uint64_t sizeIsLong = 1;
 
 std::string_view textOf(ByteView bytes) {
   return {reinterpret_cast<const char*>(bytes.data()), bytes.size()};

@@ -11,6 +11,9 @@ namespace vesk::media {
 
 using ByteView = std::span<const std::uint8_t>;
 
+/// In place of a box's size: a size of eight bytes follows its type.
+inline constexpr std::uint64_t sizeIsLong = 1;
+
 /// A box of a QuickTime or MPEG-4 file (ISO/IEC 14496-12, section 4.2) that lies in memory.
 struct Box {
   std::string_view type;  ///< four characters

@@ -11,7 +11,7 @@
 namespace vesk::media {
 namespace {
 
-constexpr std::size_t headerSize = 16;
+constexpr std::size_t longestHeader = 16;
 constexpr std::uint64_t longestIndex = std::uint64_t{256} << 20;
 constexpr std::int64_t longestTime = std::int64_t{1} << 52;  ///< in ticks
 
@@ -41,7 +41,7 @@ constexpr std::uint32_t versionOf(std::uint32_t versionAndFlags) {
 }
 
 /// A box's place in the file.
-struct Place {
+struct BoxPlace {
   std::string type;
   std::uint64_t position = 0;
   std::uint64_t size = 0;
@@ -56,9 +56,9 @@ struct Defaults {
 };
 
 /// The box at a position; nothing where no complete one is.
-std::expected<std::optional<Place>, int> placeAt(const RandomAccessFile& file,
-                                                 std::uint64_t position) {
-  const auto bytes = file.read(position, headerSize);
+std::expected<std::optional<BoxPlace>, int> placeAt(const RandomAccessFile& file,
+                                                    std::uint64_t position) {
+  const auto bytes = file.read(position, longestHeader);
   if (!bytes) {
     return std::unexpected(bytes.error());
   }
@@ -71,7 +71,7 @@ std::expected<std::optional<Place>, int> placeAt(const RandomAccessFile& file,
   if (header.ranOut() || size < 8 || size > file.size() - position) {
     return std::nullopt;
   }
-  return Place{{type.begin(), type.end()}, position, size};
+  return BoxPlace{{type.begin(), type.end()}, position, size};
 }
 
 std::vector<Defaults> trackDefaults(ByteView index) {
@@ -104,7 +104,7 @@ class Collection {
   /// False for a fragment that cannot be understood.
   /// @param position of the fragment in the file.
   /// @param media where its samples lie.
-  bool add(ByteView fragment, std::uint64_t position, const Place& media) {
+  bool add(ByteView fragment, std::uint64_t position, const BoxPlace& media) {
     mediaPosition_ = media.position;
     mediaEnd_ = media.position + media.size;
     const auto boxes = boxesIn(fragment);

@@ -14,7 +14,6 @@ namespace {
 
 constexpr std::uint64_t shortHeader = 8;
 constexpr std::uint64_t longHeader = 16;
-constexpr std::uint64_t sizeIsLong = 1;
 constexpr std::uint64_t sizeIsRest = 0;
 /// libav goes no deeper.
 constexpr int deepestNesting = 10;

@@ -25,7 +25,7 @@ namespace fs = std::filesystem;
 using Kind = MediaError::Kind;
 
 /// What can be told before libav opens the file, which would wait for ever on a pipe.
-std::optional<MediaError> objectionTo(const fs::path& file) {
+std::optional<MediaError> objectionToSource(const fs::path& file) {
   std::error_code failure;
   const fs::file_status status = fs::status(file, failure);
   if (failure) {
@@ -57,7 +57,7 @@ std::span<AVStream* const> tracksOf(const AVFormatContext& input) {
 
 std::expected<InputPtr, MediaError> openMovie(const fs::path& file) {
   silenceLibav();
-  if (auto objection = objectionTo(file)) {
+  if (auto objection = objectionToSource(file)) {
     return std::unexpected(std::move(*objection));
   }
   AVDictionary* options = nullptr;

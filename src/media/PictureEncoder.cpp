@@ -22,14 +22,14 @@ namespace {
 
 using Place = CaptureEncoder::Place;
 
-constexpr int keyFrameSeconds = 2;
-constexpr int maximumSide = 16384;
+constexpr int captureKeyFrameSeconds = 2;
+constexpr int widestCapture = 16384;
 // H.264 without delay cuts each picture into one slice a thread, which costs a little size each.
-constexpr int mostThreads = 4;
+constexpr int mostEncoderThreads = 4;
 constexpr int framesInHardware = 8;
 
 bool isPossible(const PictureTrackSettings& settings) {
-  const auto isSide = [](int side) { return side > 0 && side <= maximumSide && side % 2 == 0; };
+  const auto isSide = [](int side) { return side > 0 && side <= widestCapture && side % 2 == 0; };
   return isSide(settings.width) && isSide(settings.height) && settings.fps > 0 &&
          settings.bitRate > 0;
 }
@@ -37,7 +37,7 @@ bool isPossible(const PictureTrackSettings& settings) {
 int threadsOf(const CaptureEncoder& choice) {
   const auto processors = static_cast<int>(std::thread::hardware_concurrency());
   const bool isSliced = choice.codec == PictureCodec::h264 && choice.place == Place::processor;
-  return isSliced ? std::clamp(processors, 1, mostThreads) : 0;
+  return isSliced ? std::clamp(processors, 1, mostEncoderThreads) : 0;
 }
 
 void configure(AVCodecContext& codec, const CaptureEncoder& choice,
@@ -48,7 +48,7 @@ void configure(AVCodecContext& codec, const CaptureEncoder& choice,
   codec.time_base = {1, settings.fps};
   codec.framerate = {settings.fps, 1};
   codec.bit_rate = settings.bitRate;
-  codec.gop_size = settings.fps * keyFrameSeconds;
+  codec.gop_size = settings.fps * captureKeyFrameSeconds;
   codec.max_b_frames = 0;
   codec.thread_count = threadsOf(choice);
   codec.flags |= AV_CODEC_FLAG_GLOBAL_HEADER;

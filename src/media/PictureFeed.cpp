@@ -24,10 +24,10 @@ constexpr std::size_t cacheBytes = 192 * mebibyte;
 /// Enough to even out the cost of key frames.
 constexpr std::size_t aheadBytes = 48 * mebibyte;
 constexpr std::size_t mostAhead = 8;
-constexpr std::size_t mostPictures = 512;
+constexpr std::size_t mostCachedPictures = 512;
 
 /// More threads gain little for one movie, and each holds pictures of its own.
-constexpr unsigned mostThreads = 3;
+constexpr unsigned mostDecoderThreads = 3;
 
 /// For so long after a single seek what was shown stays, rather than flash through what is decoded
 /// on the way.
@@ -40,7 +40,7 @@ constexpr double gridTolerance = 0.000001;
 constexpr double latestTime = 1e9;
 
 int decoderThreads() {
-  return static_cast<int>(std::clamp(std::thread::hardware_concurrency(), 1U, mostThreads));
+  return static_cast<int>(std::clamp(std::thread::hardware_concurrency(), 1U, mostDecoderThreads));
 }
 
 std::size_t bytesOf(const VideoFrame& picture) {
@@ -59,7 +59,8 @@ struct Shares {
 };
 
 Shares sharesFor(std::size_t pictureBytes) {
-  const std::size_t total = std::clamp(cacheBytes / pictureBytes, std::size_t{6}, mostPictures);
+  const std::size_t total =
+      std::clamp(cacheBytes / pictureBytes, std::size_t{6}, mostCachedPictures);
   const std::size_t ahead = std::clamp(aheadBytes / pictureBytes, std::size_t{1}, mostAhead);
   return {.cache = {.total = total, .after = std::max(total / 4, ahead + 2)},
           .ahead = ahead,

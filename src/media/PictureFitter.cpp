@@ -14,14 +14,14 @@ extern "C" {
 namespace vesk::media {
 namespace {
 
-constexpr std::uint8_t blackLuma = 16;
+constexpr std::uint8_t fitterBlack = 16;
 constexpr std::uint8_t noColour = 128;
 
 void blacken(I420Picture& picture) {
   for (std::size_t i = 0; i < picture.planes().size(); ++i) {
     const I420Picture::Plane& plane = picture.planes()[i];
     for (int y = 0; y < plane.height; ++y) {
-      std::memset(plane.data + plane.stride * y, i == 0 ? blackLuma : noColour,
+      std::memset(plane.data + plane.stride * y, i == 0 ? fitterBlack : noColour,
                   static_cast<std::size_t>(plane.width));
     }
   }

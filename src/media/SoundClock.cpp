@@ -32,10 +32,6 @@ constexpr int millionths = 1'000'000;
 constexpr std::int64_t delayUnits = std::int64_t{soundRate} * 4096;
 constexpr std::size_t pieceLength = 4096;
 
-double secondsOf(HostTime time) {
-  return std::chrono::duration<double>(time).count();
-}
-
 ResamplerPtr makeResampler(int channels) {
   AVChannelLayout layout{};
   av_channel_layout_default(&layout, channels);

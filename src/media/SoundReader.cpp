@@ -37,7 +37,7 @@ std::int64_t gridPeriod(int rate) {
   return rate / std::gcd(rate, soundRate);
 }
 
-float audible(float value) {
+float readable(float value) {
   return std::abs(value) <= loudest ? value : 0;  // what is no number compares as greater
 }
 
@@ -115,7 +115,7 @@ void SoundReader::read(std::span<StereoSample> out) {
     if (from < to) {
       std::transform(chunk_.begin() + (from - chunkStart_), chunk_.begin() + (to - chunkStart_),
                      out.begin() + (from - start), [](const StereoSample& sample) {
-                       return StereoSample{audible(sample.left), audible(sample.right)};
+                       return StereoSample{readable(sample.left), readable(sample.right)};
                      });
       position_ = to;
     }

@@ -13,14 +13,14 @@ extern "C" {
 namespace vesk::media {
 namespace {
 
-constexpr AVRational soundTick{1, soundRate};
+constexpr AVRational indexTick{1, soundRate};
 /// Some writers round stamps to 1/600 s: what strays less than this from its place follows on.
 constexpr std::int64_t jitter = soundRate / 500;
 
 }  // namespace
 
 std::int64_t SoundPlace::position(int rate) const {
-  return runStart + av_rescale_q(taken, {1, std::max(rate, 1)}, soundTick);
+  return runStart + av_rescale_q(taken, {1, std::max(rate, 1)}, indexTick);
 }
 
 bool SoundPlace::goesOnAt(std::int64_t stamped, int rate) const {
@@ -31,7 +31,7 @@ SoundTrackIndex::SoundTrackIndex(AVStream& track, std::int64_t firstStamp, int f
     : track_(&track), firstStamp_(firstStamp), firstLength_(firstLength) {}
 
 std::optional<std::int64_t> SoundTrackIndex::stampAt(std::int64_t position) const {
-  const std::int64_t stamp = av_rescale_q(position, soundTick, track_->time_base);
+  const std::int64_t stamp = av_rescale_q(position, indexTick, track_->time_base);
   const int entry = av_index_search_timestamp(track_, stamp, AVSEEK_FLAG_BACKWARD);
   const AVIndexEntry* found = avformat_index_get_entry(track_, entry);
   if (found == nullptr || found->timestamp <= firstStamp_) {
@@ -84,7 +84,7 @@ std::int64_t SoundTrackIndex::lengthOf(int entry) const {
 }
 
 std::int64_t SoundTrackIndex::positionOf(std::int64_t stamp) const {
-  return av_rescale_q(stamp, track_->time_base, soundTick);
+  return av_rescale_q(stamp, track_->time_base, indexTick);
 }
 
 }  // namespace vesk::media

@@ -17,7 +17,7 @@ using Kind = MediaError::Kind;
 
 constexpr SoundTrackSettings settings{.channels = 2, .bitRate = 192'000};
 
-MediaError cannotEncode(int code, const fs::path& file) {
+MediaError cannotEncodeSound(int code, const fs::path& file) {
   return code == AVERROR_ENCODER_NOT_FOUND
              ? MediaError{Kind::unsupported, "本机的 FFmpeg 没有 AAC 编码器"}
              : writingError(Kind::encodeFailed, code, file);
@@ -32,7 +32,7 @@ std::expected<SoundWriter, MediaError> SoundWriter::create(const fs::path& file)
   }
   auto encoder = SoundEncoder::open(settings);
   if (!encoder) {
-    return std::unexpected(cannotEncode(encoder.error(), file));
+    return std::unexpected(cannotEncodeSound(encoder.error(), file));
   }
   SoundWriter writer(file, *std::move(output), *std::move(encoder));
   if (auto started = writer.start(); !started) {

@@ -19,12 +19,12 @@ using Kind = MediaError::Kind;
 
 /// The pictures of a second of the fastest recording; only a made-up movie has more before its
 /// thumbnail.
-constexpr int mostPictures = 1000;
+constexpr int mostTriedPictures = 1000;
 
 std::expected<VideoFrame, MediaError> frameAt(VideoReader& reader, double time,
                                               const std::filesystem::path& movie) {
   std::optional<VideoFrame> shown;
-  for (int count = 0; count < mostPictures; ++count) {
+  for (int count = 0; count < mostTriedPictures; ++count) {
     auto next = reader.next();
     if (!next) {
       return std::unexpected(std::move(next.error()));

@@ -11,11 +11,11 @@
 namespace vesk::media {
 namespace {
 
-constexpr std::string_view fileName = "thumb.jpg";
+constexpr std::string_view thumbnailName = "thumb.jpg";
 
 std::optional<package::Picture> keptThumbnail(const std::filesystem::path& package) {
   constexpr std::uintmax_t largestFile = std::uintmax_t{4} << 20;
-  const auto bytes = package::readPackageFile(package, fileName, largestFile);
+  const auto bytes = package::readPackageFile(package, thumbnailName, largestFile);
   return bytes ? decodeJpeg(*bytes) : std::nullopt;
 }
 
@@ -34,7 +34,8 @@ std::optional<package::Picture> newThumbnail(const std::filesystem::path& packag
 void keep(const package::Picture& picture, const std::filesystem::path& package) {
   constexpr double quality = 0.7;
   if (const auto bytes = encodeJpeg(picture, quality)) {
-    [[maybe_unused]] const auto written = package::writeFileAtomically(package / fileName, *bytes);
+    [[maybe_unused]] const auto written =
+        package::writeFileAtomically(package / thumbnailName, *bytes);
   }
 }
 

@@ -16,8 +16,8 @@ namespace {
 
 using Kind = MediaError::Kind;
 
-constexpr int keyFrameSeconds = 2;
-constexpr int maximumSide = 16384;
+constexpr int exportKeyFrameSeconds = 2;
+constexpr int widestExport = 16384;
 constexpr int maximumFps = 1000;
 
 // The fastest preset of each encoder; both keep well above 40 dB (PSNR of Y against the pictures
@@ -48,7 +48,7 @@ constexpr EncoderChoice hevcChoice{
 };
 
 bool isPossible(const VideoSettings& settings) {
-  const auto isSide = [](int side) { return side > 0 && side <= maximumSide && side % 2 == 0; };
+  const auto isSide = [](int side) { return side > 0 && side <= widestExport && side % 2 == 0; };
   return isSide(settings.width) && isSide(settings.height) && settings.fps > 0 &&
          settings.fps <= maximumFps && settings.bitRate > 0;
 }
@@ -72,7 +72,7 @@ void configure(AVCodecContext& codec, const EncoderChoice& choice, const VideoSe
   codec.time_base = {1, settings.fps};
   codec.framerate = {settings.fps, 1};
   codec.bit_rate = settings.bitRate;
-  codec.gop_size = settings.fps * keyFrameSeconds;
+  codec.gop_size = settings.fps * exportKeyFrameSeconds;
   codec.thread_count = 0;
   describeColours(codec);
   codec.codec_tag = tagOf(choice);

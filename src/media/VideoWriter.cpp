@@ -26,7 +26,7 @@ namespace fs = std::filesystem;
 using Kind = MediaError::Kind;
 
 /// Devices, pipes and folders are no place for a movie, and must not be removed after a failure.
-std::optional<MediaError> objectionTo(const fs::path& file) {
+std::optional<MediaError> objectionToTarget(const fs::path& file) {
   std::error_code ignored;
   const fs::file_status status = fs::status(file, ignored);
   if (fs::is_directory(status)) {
@@ -172,7 +172,7 @@ std::expected<void, MediaError> VideoWriter::Encoding::fileFailed(int code) {
 std::expected<VideoWriter, MediaError> VideoWriter::open(const fs::path& file,
                                                          const VideoSettings& settings) {
   silenceLibav();
-  if (auto objection = objectionTo(file)) {
+  if (auto objection = objectionToTarget(file)) {
     return std::unexpected(std::move(*objection));
   }
   AVFormatContext* context = nullptr;

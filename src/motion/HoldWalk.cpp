@@ -11,7 +11,7 @@ namespace vesk::motion {
 namespace {
 
 /// Seconds for which a new hold may still slide towards the cursor.
-constexpr double takeover = 0.26;
+constexpr double takeoverSeconds = 0.26;
 constexpr double cursorStrength = 0.7;
 constexpr double cursorWindow = 0.12;
 
@@ -42,7 +42,7 @@ void measureHold(const DumpCtx& context, const ZoomSegment& segment, HoldMeasure
     if (off <= 0.5) {
       return;
     }
-    if (t - holdStart < takeover) {
+    if (t - holdStart < takeoverSeconds) {
       ++measure.takeoverFrames;
     } else {
       ++measure.lostFrames;

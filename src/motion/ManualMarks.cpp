@@ -10,7 +10,7 @@ namespace {
 
 using package::RecordedEvent;
 
-constexpr double leadIn = 0.15;
+constexpr double markLeadIn = 0.15;
 constexpr double holdAfterPan = 0.6;
 
 glm::vec2 position(const RecordedEvent& mark) {
@@ -20,7 +20,7 @@ glm::vec2 position(const RecordedEvent& mark) {
 ZoomSegment opened(const RecordedEvent& mark) {
   ZoomSegment segment;
   segment.id = "man_" + wholeMilliseconds(mark.t);
-  segment.start = std::max(mark.t - leadIn, 0.0);
+  segment.start = std::max(mark.t - markLeadIn, 0.0);
   segment.end = mark.t + 1.2;
   segment.sourceClickTime = mark.t;
   segment.focus = position(mark);

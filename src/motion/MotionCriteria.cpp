@@ -46,11 +46,6 @@ Criterion graded(int number, const Peak& peak) {
   return graded(number, peak.value, peak.at);
 }
 
-/// A failing criterion's time; one that fails has a worst point.
-double when(const Criterion& criterion) {
-  return criterion.at.value_or(0);
-}
-
 Criterion zoomChange(const DumpCtx& context) {
   Peak change;
   double before = context.track.sample(0).framing;
@@ -86,7 +81,7 @@ std::pair<Criterion, Criterion> speedAndJump(const DumpCtx& context) {
   });
   Criterion fastest = graded(2, speed);
   if (!fastest.pass) {
-    fastest.failure = fmt::format("{:.4f} > 0.06 画面/帧 @ {:.2f}s", fastest.value, when(fastest));
+    fastest.failure = fmt::format("{:.4f} > 0.06 画面/帧 @ {:.2f}s", fastest.value, fastest.when());
   }
   return {fastest, graded(10, jump)};
 }
@@ -104,7 +99,7 @@ Criterion reversalCriterion(int number, const DumpCtx& context, Span (*spanOf)(c
   Criterion result = graded(number, reversals.count, reversals.largest.at);
   if (!result.pass) {
     result.failure =
-        fmt::format("{} 次 > 3，最大 {:.4f} @ {:.2f}s", reversals.count, largest, when(result));
+        fmt::format("{} 次 > 3，最大 {:.4f} @ {:.2f}s", reversals.count, largest, result.when());
   }
   return result;
 }
@@ -128,7 +123,7 @@ Criterion progressDeviation(const DumpCtx& context, std::optional<EaseDetail>& w
   }
   Criterion result = graded(4, deviation);
   if (!result.pass) {
-    result.failure = fmt::format("{:.3f} > 0.08 @ {:.2f}s", result.value, when(result));
+    result.failure = fmt::format("{:.3f} > 0.08 @ {:.2f}s", result.value, result.when());
   }
   return result;
 }
@@ -149,7 +144,7 @@ Criterion settling(const DumpCtx& context) {
   }
   Criterion result = graded(5, drift);
   if (!result.pass) {
-    result.failure = fmt::format("{:.4f} > 0.03 @ {:.2f}s", result.value, when(result));
+    result.failure = fmt::format("{:.4f} > 0.03 @ {:.2f}s", result.value, result.when());
   }
   return result;
 }
@@ -169,7 +164,7 @@ Criterion homecoming(const DumpCtx& context, int& resets, int& incomplete) {
   Criterion result = graded(6, resets > 0 ? framing.value : 1, framing.at);
   if (!result.pass) {
     result.failure =
-        fmt::format("{} 个，最差仍在 {:.2f}× @ {:.2f}s", incomplete, result.value, when(result));
+        fmt::format("{} 个，最差仍在 {:.2f}× @ {:.2f}s", incomplete, result.value, result.when());
   }
   return result;
 }
@@ -185,7 +180,7 @@ Criterion lostCursor(const HoldMeasure& holds) {
 Criterion offCentre(const HoldMeasure& holds) {
   Criterion result = graded(9, holds.offCentre);
   if (!result.pass) {
-    result.failure = fmt::format("{:.3f} > 0.48 @ {:.2f}s", result.value, when(result));
+    result.failure = fmt::format("{:.3f} > 0.48 @ {:.2f}s", result.value, result.when());
   }
   return result;
 }

@@ -22,6 +22,9 @@ struct Criterion {
   std::optional<double> at;  ///< time of the worst point in seconds; nothing when none stands out
   bool pass = true;
   std::string failure;  ///< empty when it passes, and for number 10, which only warns
+
+  /// When it is worst, for texts; a criterion that fails has a worst point.
+  [[nodiscard]] double when() const { return at.value_or(0); }
 };
 
 /// The ten criteria, and what a report says beside them.

@@ -8,7 +8,7 @@
 namespace vesk::motion {
 namespace {
 
-constexpr std::size_t reach = 5;
+constexpr std::size_t angleReach = 5;
 
 struct Angles {
   double yaw = 0;
@@ -17,7 +17,7 @@ struct Angles {
 };
 
 double weight(std::size_t distance) {
-  return 1.0 - static_cast<double>(distance) / static_cast<double>(reach + 1);
+  return 1.0 - static_cast<double>(distance) / static_cast<double>(angleReach + 1);
 }
 
 /// The angle at full strength for a coordinate of the point looked at: none at the centre line, all
@@ -37,8 +37,8 @@ Angles anglesOf(const CameraPose& pose, const package::Camera3DSettings& camera3
 }
 
 Angles meanAround(const std::vector<Angles>& angles, std::size_t i) {
-  const std::size_t first = i - std::min(i, reach);
-  const std::size_t last = std::min(i + reach, angles.size() - 1);
+  const std::size_t first = i - std::min(i, angleReach);
+  const std::size_t last = std::min(i + angleReach, angles.size() - 1);
   double weights = 0;
   Angles sum;
   for (std::size_t j = first; j <= last; ++j) {

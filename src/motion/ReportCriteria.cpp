@@ -8,10 +8,6 @@
 namespace vesk::motion {
 namespace {
 
-double when(const Criterion& criterion) {
-  return criterion.at.value_or(0);
-}
-
 std::string_view word(const Criterion& criterion, std::string_view pass, std::string_view fail) {
   return criterion.pass ? pass : fail;
 }
@@ -19,7 +15,7 @@ std::string_view word(const Criterion& criterion, std::string_view pass, std::st
 std::string reversalWord(const Criterion& criterion, std::string_view pass, std::string_view fail,
                          double largest) {
   return criterion.pass ? std::string(pass)
-                        : fmt::format("{}，最大 {:.4f} @ {:.2f}s", fail, largest, when(criterion));
+                        : fmt::format("{}，最大 {:.4f} @ {:.2f}s", fail, largest, criterion.when());
 }
 
 std::string easeLines(const MotionCriteria& measured) {
@@ -29,12 +25,12 @@ std::string easeLines(const MotionCriteria& measured) {
   const Criterion& drift = measured.criterion(5);
   std::string text;
   append(text, "  最大镜头速度 {:.4f} 画面/帧（{:.1f} 画面/秒）@ {:.2f}s  {}\n", speed.value,
-         speed.value / frameStep, when(speed), word(speed, "✓ 正常", "← 偏快"));
+         speed.value / frameStep, speed.when(), word(speed, "✓ 正常", "← 偏快"));
   append(text, "  推镜期视口边缘折返 {:.0f} 次  {}\n", reversals.value,
          reversalWord(reversals, "✓ 单调内收", "← 存在位移错位", measured.largestEaseInReversal));
-  append(text, "  推镜/变焦进度最大偏差 {:.3f} @ {:.2f}s  {}\n", progress.value, when(progress),
+  append(text, "  推镜/变焦进度最大偏差 {:.3f} @ {:.2f}s  {}\n", progress.value, progress.when(),
          word(progress, "✓ 同步，共用同一条曲线", "← 不同步，位移与缩放走了不同曲线"));
-  append(text, "  到位后 0.35s 内额外位移 {:.4f} @ {:.2f}s  {}\n", drift.value, when(drift),
+  append(text, "  到位后 0.35s 内额外位移 {:.4f} @ {:.2f}s  {}\n", drift.value, drift.when(),
          word(drift, "✓ 到位即停，指哪打哪", "← 接管时镜头被拽走，会看到抖动"));
   return text;
 }
@@ -46,7 +42,7 @@ std::string resetLines(const MotionCriteria& measured) {
   append(text, "  手动还原标记 {} 个，结束时未回整屏 {} 个  {}\n", measured.explicitResets,
          measured.incompleteResets,
          home.pass ? "✓ 按还原键即回到整屏"
-                   : fmt::format("← 最差仍在 {:.2f}× @ {:.2f}s", home.value, when(home)));
+                   : fmt::format("← 最差仍在 {:.2f}× @ {:.2f}s", home.value, home.when()));
   append(text, "  拉回期视口边缘折返 {:.0f} 次  {}\n", reversals.value,
          reversalWord(reversals, "✓ 单调外扩，还原干脆", "← 还原前先晃了一下",
                       measured.largestEaseOutReversal));
@@ -60,7 +56,7 @@ std::string cursorLines(const MotionCriteria& measured) {
   append(text, "  跟踪期指针跑出视口 {:.0f} 帧（接管滑行期另计 {} 帧）  {}\n", lost.value,
          measured.takeoverFrames, word(lost, "✓ 稳定后始终可见", "← 跟丢了"));
   append(text, "  指针离视口中心最大偏离 {:.3f} @ {:.2f}s（0.5=贴边）  {}\n", offCentre.value,
-         when(offCentre), word(offCentre, "✓ 保持在视口内", "← 几乎贴边"));
+         offCentre.when(), word(offCentre, "✓ 保持在视口内", "← 几乎贴边"));
   append(text, "  处于移动区的帧占比 {:.0f}%（越低说明镜头越少动）\n", measured.movingShare * 100);
   return text;
 }
@@ -101,9 +97,9 @@ std::string jumpDetail(const DumpCtx& context, double worst) {
 std::string jumpLines(const DumpCtx& context, const MotionCriteria& measured) {
   const Criterion& jump = measured.criterion(10);
   std::string text;
-  append(text, "  最大速度突变 {:.4f} @ {:.2f}s  {}\n", jump.value, when(jump),
+  append(text, "  最大速度突变 {:.4f} @ {:.2f}s  {}\n", jump.value, jump.when(),
          word(jump, "✓ 连续，无硬切", "← 存在硬切，检查关键帧生成"));
-  return jump.pass ? text : text + jumpDetail(context, when(jump));
+  return jump.pass ? text : text + jumpDetail(context, jump.when());
 }
 
 }  // namespace

@@ -20,7 +20,7 @@ using package::RecordingProject;
 using Click = const RecordedEvent*;
 
 constexpr double burstGap = 0.4;
-constexpr double leadIn = 0.35;
+constexpr double clickLeadIn = 0.35;
 constexpr double hold = 0.8;
 
 /// Tells of clicks, asked in time order, whether an application came to the front around them.
@@ -121,7 +121,7 @@ std::optional<ZoomSegment> candidate(std::span<const Click> group, std::size_t n
   ZoomSegment segment;
   setLevel(segment, levelFor(*box));
   segment.focus = (box->min + box->max) * 0.5F;
-  segment.start = std::max(first - leadIn, 0.0);
+  segment.start = std::max(first - clickLeadIn, 0.0);
   segment.end = last + hold + segment.easeOut;
   if (segment.end - segment.start < segment.easeIn + hold + segment.easeOut) {
     segment.end = segment.start + segment.easeIn + hold + segment.easeOut;

@@ -8,10 +8,10 @@
 namespace vesk::motion {
 namespace {
 
-constexpr std::size_t reach = 6;
+constexpr std::size_t viewReach = 6;
 
-float weight(std::size_t distance) {
-  return 1.0F - static_cast<float>(distance) / static_cast<float>(reach + 1);
+float viewWeight(std::size_t distance) {
+  return 1.0F - static_cast<float>(distance) / static_cast<float>(viewReach + 1);
 }
 
 std::vector<Viewport> viewports(std::span<const CameraPose> samples) {
@@ -25,13 +25,13 @@ std::vector<Viewport> viewports(std::span<const CameraPose> samples) {
 
 /// The weighted mean of the viewports around index i. Its own weight is 1, so the sum is positive.
 Viewport meanAround(std::span<const Viewport> views, std::size_t i) {
-  const std::size_t first = i - std::min(i, reach);
-  const std::size_t last = std::min(i + reach, views.size() - 1);
+  const std::size_t first = i - std::min(i, viewReach);
+  const std::size_t last = std::min(i + viewReach, views.size() - 1);
   double weights = 0;
   double widths = 0;
   glm::vec2 origins{0.0F, 0.0F};
   for (std::size_t j = first; j <= last; ++j) {
-    const float u = weight(j < i ? i - j : j - i);
+    const float u = viewWeight(j < i ? i - j : j - i);
     weights += u;
     widths += u * views[j].width;
     origins += u * views[j].origin;

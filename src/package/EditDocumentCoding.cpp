@@ -24,7 +24,7 @@ namespace {
 using Segment = EditDocument::Segment;
 using Waypoint = EditDocument::Segment::Waypoint;
 
-std::unexpected<PackageError> malformed(std::string_view cause) {
+std::unexpected<PackageError> malformedEdits(std::string_view cause) {
   return std::unexpected(PackageError{PackageError::Kind::malformed,
                                       fmt::format("编辑记录“edit.json”已损坏：{}。", cause)});
 }
@@ -150,9 +150,9 @@ class Encoder {
 
 std::expected<EditDocument, PackageError> decodeEditDocument(std::string_view json) {
   const auto parsed = parseJson(json);
-  if (!parsed) return malformed("内容不是有效的 JSON");
+  if (!parsed) return malformedEdits("内容不是有效的 JSON");
   auto document = decodeRecord<EditDocument>(*parsed);
-  if (!document) return malformed(document.error());
+  if (!document) return malformedEdits(document.error());
   return *std::move(document);
 }
 

@@ -27,7 +27,7 @@ std::optional<RecordingMeta::Source> recordingSource(std::string_view raw) {
   return *found;
 }
 
-std::unexpected<PackageError> malformed(std::string_view cause) {
+std::unexpected<PackageError> malformedMeta(std::string_view cause) {
   return std::unexpected(PackageError{PackageError::Kind::malformed,
                                       fmt::format("录制索引“meta.json”已损坏：{}。", cause)});
 }
@@ -76,7 +76,7 @@ std::string_view rawValue(RecordingMeta::Source source) {
 std::expected<RecordingMeta, PackageError> decodeRecordingMeta(std::string_view json,
                                                                Timestamp now) {
   const auto document = nlohmann::json::parse(json, nullptr, /*allow_exceptions=*/false);
-  if (document.is_discarded()) return malformed("内容不是有效的 JSON");
+  if (document.is_discarded()) return malformedMeta("内容不是有效的 JSON");
 
   RecordingMeta meta;
   meta.createdAt = now;
@@ -105,7 +105,7 @@ std::expected<RecordingMeta, PackageError> decodeRecordingMeta(std::string_view 
               [](std::string_view raw) { return cameraMode(raw); });
   readScope(fields, meta);
 
-  if (fields.failure()) return malformed(*fields.failure());
+  if (fields.failure()) return malformedMeta(*fields.failure());
   if (auto error = firstRangeError(meta)) return std::unexpected(*std::move(error));
   return meta;
 }

@@ -22,7 +22,7 @@ using Json = nlohmann::json;
 
 constexpr std::uintmax_t largestFile = 1U << 20U;
 /// Settings are flat; deeper values come from no version of this program and cost stack to print.
-constexpr int deepestNesting = 16;
+constexpr int deepestSetting = 16;
 
 /// An environment variable that holds an absolute path; any other value is to be ignored.
 std::filesystem::path absolutePathFromEnvironment(const char* name) {
@@ -32,7 +32,7 @@ std::filesystem::path absolutePathFromEnvironment(const char* name) {
   return path.is_absolute() ? path : std::filesystem::path{};
 }
 
-std::filesystem::path homeDirectory() {
+std::filesystem::path settingsHome() {
   if (auto home = absolutePathFromEnvironment("HOME"); !home.empty()) return home;
   const passwd* user = ::getpwuid(::getuid());
   return user != nullptr && user->pw_dir != nullptr ? user->pw_dir : "/";
@@ -42,8 +42,8 @@ std::filesystem::path homeDirectory() {
 std::optional<Json> parsedObject(std::string_view text) {
   bool tooDeep = false;
   const auto noteDepth = [&](int depth, Json::parse_event_t, const Json&) {
-    tooDeep = tooDeep || depth > deepestNesting;
-    return depth <= deepestNesting;
+    tooDeep = tooDeep || depth > deepestSetting;
+    return depth <= deepestSetting;
   };
   auto object = Json::parse(text, noteDepth, /*allow_exceptions=*/false);
   if (!object.is_object() || tooDeep) return std::nullopt;
@@ -81,7 +81,7 @@ UserDefaults::UserDefaults(std::filesystem::path file) : file_{std::move(file)} 
 
 std::filesystem::path UserDefaults::defaultFile() {
   auto directory = absolutePathFromEnvironment("XDG_CONFIG_HOME");
-  if (directory.empty()) directory = homeDirectory() / ".config";
+  if (directory.empty()) directory = settingsHome() / ".config";
   return directory / "vesk" / "defaults.json";
 }
 

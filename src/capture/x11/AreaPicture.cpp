@@ -4,13 +4,10 @@
 #include <utility>
 
 #include "capture/x11/PixelRegion.h"
+#include "capture/x11/Pixels.h"
 
 namespace vesk::capture::x11 {
-namespace {
-
-constexpr std::uint32_t black = 0xFF000000;
-
-}  // namespace
+namespace {}  // namespace
 
 std::expected<AreaPicture, ReadFailure> AreaPicture::create(const Connection& connection,
                                                             const media::PixelRect& area) {

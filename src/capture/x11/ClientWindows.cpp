@@ -11,9 +11,6 @@
 namespace vesk::capture::x11 {
 namespace {
 
-/// How many windows a window manager puts around an application's at most.
-constexpr int deepestFrame = 2;
-
 std::vector<std::uint32_t> numbers(const Connection& connection, std::uint32_t window,
                                    std::string_view property) {
   const auto bytes = connection.property(window, connection.atom(property)).value_or("");

@@ -17,7 +17,7 @@ namespace vesk::capture::x11 {
 
 /// What XCB hands out to be freed: replies, errors and events.
 struct FreeReply {
-  void operator()(void* reply) const noexcept { std::free(reply); }
+  void operator()(void* reply) const noexcept { std::free(reply); }  // NOLINT: so XCB wants it
 };
 template <typename T>
 using Reply = std::unique_ptr<T, FreeReply>;

@@ -1,11 +1,7 @@
 #include "capture/x11/KeptBackground.h"
 
 namespace vesk::capture::x11 {
-namespace {
-
-constexpr std::uint32_t black = 0xFF000000;
-
-}  // namespace
+namespace {}  // namespace
 
 KeptBackground::KeptBackground(int width, int height)
     : extent_{.x = 0, .y = 0, .width = width, .height = height},

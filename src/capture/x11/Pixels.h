@@ -7,6 +7,8 @@
 
 namespace vesk::capture::x11 {
 
+inline constexpr std::uint32_t black = 0xFF000000;
+
 /// Pixels in memory that belongs to somebody else, each 0xAARRGGBB, the top row first.
 struct Pixels {
   std::uint32_t* data = nullptr;

@@ -11,7 +11,7 @@
 namespace vesk::capture::x11 {
 namespace {
 
-using Kind = RawInput::Kind;
+using InputKind = RawInput::Kind;
 
 double toDouble(const xcb_input_fp3232_t& number) {
   constexpr double unit = 4294967296.0;
@@ -25,18 +25,18 @@ bool isChangeOfDevice(const Event& event) {
          change.reason == XCB_INPUT_CHANGE_REASON_DEVICE_CHANGE;
 }
 
-std::optional<Kind> kindOfRaw(std::uint16_t eventType) {
+std::optional<InputKind> kindOfRaw(std::uint16_t eventType) {
   switch (eventType) {
     case XCB_INPUT_RAW_KEY_PRESS:
-      return Kind::keyPress;
+      return InputKind::keyPress;
     case XCB_INPUT_RAW_KEY_RELEASE:
-      return Kind::keyRelease;
+      return InputKind::keyRelease;
     case XCB_INPUT_RAW_BUTTON_PRESS:
-      return Kind::buttonPress;
+      return InputKind::buttonPress;
     case XCB_INPUT_RAW_BUTTON_RELEASE:
-      return Kind::buttonRelease;
+      return InputKind::buttonRelease;
     case XCB_INPUT_RAW_MOTION:
-      return Kind::motion;
+      return InputKind::motion;
     default:
       return std::nullopt;
   }
@@ -137,9 +137,9 @@ std::optional<RawInput> RawInputs::read(const Event& event) const {
   // All raw events have one layout, and the type stands at one place in every event.
   const auto& raw = event.as<xcb_input_raw_button_press_event_t>();
   if (raw.event_type == XCB_INPUT_HIERARCHY || isChangeOfDevice(event)) {
-    return RawInput{.kind = Kind::devicesChanged};
+    return RawInput{.kind = InputKind::devicesChanged};
   }
-  return kindOfRaw(raw.event_type).transform([&](Kind kind) {
+  return kindOfRaw(raw.event_type).transform([&](InputKind kind) {
     return RawInput{.kind = kind,
                     .device = raw.sourceid,
                     .stamp = raw.time,

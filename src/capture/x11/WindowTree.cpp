@@ -11,9 +11,6 @@
 namespace vesk::capture::x11 {
 namespace {
 
-/// How many windows a window manager puts around an application's at most.
-constexpr int deepestFrame = 2;
-
 Reply<xcb_query_tree_reply_t> tree(const Connection& connection, std::uint32_t window) {
   return owned(
       xcb_query_tree_reply(connection.get(), xcb_query_tree(connection.get(), window), nullptr));

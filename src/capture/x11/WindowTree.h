@@ -8,6 +8,9 @@
 
 namespace vesk::capture::x11 {
 
+/// How many windows a window manager puts around an application's at most.
+inline constexpr int deepestFrame = 2;
+
 /// The windows directly inside another, the lowest first.
 std::vector<std::uint32_t> childrenOf(const Connection& connection, std::uint32_t window);
 

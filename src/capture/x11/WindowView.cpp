@@ -10,12 +10,11 @@
 #include <utility>
 
 #include "capture/x11/MonotonicNow.h"
+#include "capture/x11/Pixels.h"
 #include "capture/x11/WindowTree.h"
 
 namespace vesk::capture::x11 {
 namespace {
-
-constexpr std::uint32_t black = 0xFF000000;
 
 void selectStructure(const Connection& connection, std::uint32_t window) {
   constexpr std::uint32_t wanted = XCB_EVENT_MASK_STRUCTURE_NOTIFY;
