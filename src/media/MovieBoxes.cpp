@@ -9,6 +9,8 @@
 #include <string_view>
 #include <system_error>
 
+#include "media/Box.h"
+
 namespace vesk::media {
 namespace {
 
