@@ -296,6 +296,10 @@ bool isBright(const std::optional<media::VideoFrame>& picture) {
   return std::to_integer<int>(luma.data[luma.height / 2 * luma.stride + luma.width / 2]) > 128;
 }
 
+double hostSeconds() {
+  return std::chrono::duration<double>(Clock::now().time_since_epoch()).count();
+}
+
 double median(std::vector<double> values) {
   std::ranges::sort(values);
   return values[values.size() / 2];
@@ -308,26 +312,35 @@ double drift(const std::vector<double>& values) {
          median({values.begin(), values.begin() + third});
 }
 
+constexpr double flashPeriod = 2;
+
 /// Plays flashes that beep, and compares when they are drawn with when they are heard.
 void measureDrift(Stage& stage, const std::string& remote, double seconds) {
   stage.session().open(bench::makeFlashingTake(stage.folder().path(), seconds + 5));
   stage.untilShown();
   Onsets onsets(remote);
   std::vector<double> flashes;
+  std::vector<double> afterDue;  // by the player's clock, when the picture is chosen
+  std::vector<double> drawing;   // from then until it is given to the display
   bool wasBright = true;
-  std::atomic<bool> isFlash = false;
+  std::atomic<double> chosen = 0;
+  std::mutex mutex;
   const auto drawn = QObject::connect(&stage.window(), &QQuickWindow::afterAnimating, [&] {
     const bool bright = isBright(stage.session().screenPicture());
-    isFlash = bright && !wasBright;
+    if (bright && !wasBright) {
+      chosen = hostSeconds();
+      afterDue.push_back(1000 * std::remainder(stage.session().currentTime(), flashPeriod));
+    }
     wasBright = bright;
   });
-  std::mutex mutex;
   const auto swapped = QObject::connect(
       &stage.window(), &QQuickWindow::frameSwapped, &stage.window(),
       [&] {
-        const double now = std::chrono::duration<double>(Clock::now().time_since_epoch()).count();
+        const double at = chosen.exchange(0);
+        if (at == 0) return;
         const std::scoped_lock lock(mutex);
-        if (isFlash.exchange(false)) flashes.push_back(now);
+        flashes.push_back(hostSeconds());
+        drawing.push_back(1000 * (flashes.back() - at));
       },
       Qt::DirectConnection);
   stage.session().play();
@@ -336,6 +349,7 @@ void measureDrift(Stage& stage, const std::string& remote, double seconds) {
   QObject::disconnect(drawn);
   QObject::disconnect(swapped);
 
+  const std::scoped_lock lock(mutex);
   std::vector<double> late;
   const std::vector<double> beeps = onsets.times();
   for (const double flash : flashes) {
@@ -348,6 +362,8 @@ void measureDrift(Stage& stage, const std::string& remote, double seconds) {
     fmt::print("no flash was heard: {} flashes, {} beeps\n", flashes.size(), beeps.size());
     return;
   }
+  print("flash chosen later than due by", afterDue, "ms");
+  print("from there to the display", drawing, "ms");
   print("flash drawn later than its beep is heard by", late, "ms");
   fmt::print("{:<46} {:+.1f} ms over {:.0f} s\n", "drift of picture against sound", drift(late),
              seconds);

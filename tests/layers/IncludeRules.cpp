@@ -56,8 +56,10 @@ const std::vector<Backend>& allBackends() {
        std::regex{R"(src/compositor/CursorImage\.cpp)"}},
       {"systemd", std::regex{R"(systemd/.*|spdlog/sinks/systemd_sink\.h)"},
        std::regex{R"(src/package/Log\.cpp|src/capture/x11/AccessibilityBus\.cpp)"}},
-      {"the display server and PipeWire", std::regex{R"((X11|xcb|pipewire|spa)/.*)"},
-       std::regex{R"(src/(capture|editor)/[^/]+/.*\.cpp)"}},
+      {"the display server", std::regex{R"((X11|xcb)/.*)"},
+       std::regex{R"(src/capture/[^/]+/.*\.cpp)"}},
+      {"PipeWire", std::regex{R"((pipewire|spa)/.*)"},
+       std::regex{R"(src/(media|capture|editor)/pipewire/.*\.cpp)"}},
       {"Qt", std::regex{R"(Qt?[A-Z]\w*(/.*)?)"}, std::regex{R"(src/(capture|editor|app)/.*)"}},
   };
   return backends;

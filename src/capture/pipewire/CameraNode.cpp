@@ -8,6 +8,8 @@
 
 namespace vesk::capture::pipewire {
 
+using media::pipewire::Connection;
+
 class CameraNode::Proxy {
  public:
   Proxy(Connection& connection, std::uint32_t id, PixelSize wanted, OnError onError)

@@ -7,7 +7,7 @@
 #include <vector>
 
 #include "capture/camera/CameraFormat.h"
-#include "capture/pipewire/Connection.h"
+#include "media/pipewire/Connection.h"
 
 namespace vesk::capture::pipewire {
 
@@ -18,7 +18,8 @@ class CameraNode {
   using OnError = std::function<void(const std::string& error)>;
 
   /// @param onError is called on the connection's thread when the camera fails from now on.
-  CameraNode(Connection& connection, std::uint32_t id, PixelSize wanted, OnError onError);
+  CameraNode(media::pipewire::Connection& connection, std::uint32_t id, PixelSize wanted,
+             OnError onError);
   CameraNode(const CameraNode&) = delete;
   CameraNode& operator=(const CameraNode&) = delete;
   ~CameraNode();
@@ -28,7 +29,7 @@ class CameraNode {
 
  private:
   class Proxy;
-  Connection& connection_;
+  media::pipewire::Connection& connection_;
   std::unique_ptr<Proxy> proxy_;
 };
 

@@ -8,6 +8,8 @@
 #include "capture/pipewire/CameraFailure.h"
 
 namespace vesk::capture::pipewire {
+
+using media::pipewire::Connection;
 namespace {
 
 constexpr std::chrono::milliseconds longestStart{1500};
@@ -36,10 +38,9 @@ std::expected<std::unique_ptr<Listening>, CameraRefusal> CameraStream::open(
 }
 
 std::expected<void, CameraRefusal> CameraStream::start() {
-  auto connection =
-      Connection::open(request_.remote, [this] { fail(refusal("与 PipeWire 服务的连接已断开")); });
-  if (!connection) return std::unexpected(refusal(connection.error().message));
-  connection_ = std::move(*connection);
+  connection_ = Connection::openAnswered(request_.remote,
+                                         [this] { fail(refusal("与 PipeWire 服务的连接已断开")); });
+  if (!connection_) return std::unexpected(refusal("连接不上 PipeWire 服务"));
   registry_ = std::make_unique<Registry>(*connection_, [this] { onRegistryChange(); });
 
   const Connection::Lock lock{*connection_};

@@ -43,7 +43,7 @@ class CameraStream final : public Listening {
   CameraStreamRequest request_;
   CameraSource::OnFrame onFrame_;
   CallbackGate gate_;
-  std::unique_ptr<Connection> connection_;
+  std::unique_ptr<media::pipewire::Connection> connection_;
   // What follows is touched under the connection's lock.
   std::optional<CameraRefusal> failure_;
   bool hasFrames_ = false;

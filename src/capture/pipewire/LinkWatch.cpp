@@ -7,6 +7,8 @@
 #include <utility>
 
 namespace vesk::capture::pipewire {
+
+using media::pipewire::Connection;
 namespace {
 
 /// A link into whichever node.

@@ -5,7 +5,7 @@
 #include <memory>
 #include <string>
 
-#include "capture/pipewire/Connection.h"
+#include "media/pipewire/Connection.h"
 
 namespace vesk::capture::pipewire {
 
@@ -20,7 +20,7 @@ class LinkWatch {
     std::function<void(const std::string& error)> onError;
   };
 
-  LinkWatch(Connection& connection, Callbacks callbacks);
+  LinkWatch(media::pipewire::Connection& connection, Callbacks callbacks);
   LinkWatch(const LinkWatch&) = delete;
   LinkWatch& operator=(const LinkWatch&) = delete;
   ~LinkWatch();

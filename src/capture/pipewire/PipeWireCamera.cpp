@@ -7,13 +7,15 @@
 
 namespace vesk::capture::pipewire {
 
+using media::pipewire::Connection;
+
 PipeWireCamera::PipeWireCamera(std::string remote) : remote_{std::move(remote)} {}
 
 std::vector<CameraDevice> PipeWireCamera::devices() {
-  const auto connection = Connection::open(remote_);
+  const auto connection = Connection::openAnswered(remote_);
   if (!connection) return {};
-  const Registry registry{**connection};
-  const Connection::Lock lock{**connection};
+  const Registry registry{*connection};
+  const Connection::Lock lock{*connection};
   std::vector<CameraDevice> devices;
   for (const Node& node : registry.nodesOf(cameraClass)) {
     devices.push_back({.id = node.name, .name = node.description, .type = "PipeWire"});

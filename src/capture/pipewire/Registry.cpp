@@ -10,6 +10,8 @@
 #include <utility>
 
 namespace vesk::capture::pipewire {
+
+using media::pipewire::Connection;
 namespace {
 
 std::string textIn(const spa_dict& properties, const char* key) {

@@ -8,7 +8,7 @@
 #include <string>
 #include <vector>
 
-#include "capture/pipewire/Connection.h"
+#include "media/pipewire/Connection.h"
 
 namespace vesk::capture::pipewire {
 
@@ -33,7 +33,7 @@ class Registry {
 
   /// Returns when everything that was there has been learnt, or too slowly to wait for it.
   /// @param onChange is called on the connection's thread after every change that comes later.
-  explicit Registry(Connection& connection, OnChange onChange = {});
+  explicit Registry(media::pipewire::Connection& connection, OnChange onChange = {});
   Registry(const Registry&) = delete;
   Registry& operator=(const Registry&) = delete;
   ~Registry();
@@ -47,7 +47,7 @@ class Registry {
  private:
   class Listener;
 
-  Connection& connection_;
+  media::pipewire::Connection& connection_;
   std::map<std::uint32_t, Node> nodes_;
   std::map<DefaultDevice, std::string> defaultNames_;
   std::unique_ptr<Listener> listener_;

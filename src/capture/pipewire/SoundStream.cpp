@@ -12,6 +12,8 @@
 #include "media/StereoSample.h"
 
 namespace vesk::capture::pipewire {
+
+using media::pipewire::Connection;
 namespace {
 
 // In place of a device that goes, the session manager finds another within this time or never.
@@ -194,9 +196,8 @@ std::expected<std::unique_ptr<Listening>, BackendError> SoundStream::open(
 }
 
 std::expected<void, BackendError> SoundStream::start() {
-  auto connection = Connection::open(request_.remote, [this] { gate_.end(serverGone()); });
-  if (!connection) return std::unexpected(connection.error());
-  connection_ = std::move(*connection);
+  connection_ = Connection::openAnswered(request_.remote, [this] { gate_.end(serverGone()); });
+  if (!connection_) return std::unexpected(BackendError{"连接不上 PipeWire 服务"});
   registry_ = std::make_unique<Registry>(*connection_, [this] { onRegistryChange(); });
 
   const Connection::Lock lock{*connection_};
@@ -212,10 +213,10 @@ void SoundStream::onRegistryChange() {
 }
 
 std::optional<std::string> defaultDeviceName(DefaultDevice device, const std::string& remote) {
-  const auto connection = Connection::open(remote);
+  const auto connection = Connection::openAnswered(remote);
   if (!connection) return std::nullopt;
-  const Registry registry{**connection};
-  const Connection::Lock lock{**connection};
+  const Registry registry{*connection};
+  const Connection::Lock lock{*connection};
   const auto node = registry.defaultNode(device);
   return node ? std::optional{node->description} : std::nullopt;
 }

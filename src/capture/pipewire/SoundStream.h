@@ -41,7 +41,7 @@ class SoundStream final : public Listening {
   SoundStreamRequest request_;
   SoundSource::OnBlock onBlock_;
   CallbackGate gate_;
-  std::unique_ptr<Connection> connection_;
+  std::unique_ptr<media::pipewire::Connection> connection_;
   std::unique_ptr<DeviceWatch> watch_;
   std::unique_ptr<Registry> registry_;
   std::unique_ptr<Stream> stream_;

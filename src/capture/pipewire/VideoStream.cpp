@@ -19,6 +19,8 @@
 #include "capture/pipewire/VideoFormats.h"
 
 namespace vesk::capture::pipewire {
+
+using media::pipewire::Connection;
 namespace {
 
 using camera::RawPicture;

@@ -7,8 +7,8 @@
 
 #include "capture/CameraSource.h"
 #include "capture/camera/CameraFormat.h"
-#include "capture/pipewire/Connection.h"
 #include "capture/pipewire/Registry.h"
+#include "media/pipewire/Connection.h"
 
 namespace vesk::capture::pipewire {
 
@@ -22,7 +22,7 @@ class VideoStream {
     std::function<void(const std::string& error)> onError;
   };
 
-  VideoStream(Connection& connection, Callbacks callbacks);
+  VideoStream(media::pipewire::Connection& connection, Callbacks callbacks);
   VideoStream(const VideoStream&) = delete;
   VideoStream& operator=(const VideoStream&) = delete;
   ~VideoStream();

@@ -5,7 +5,6 @@
 
 #include <algorithm>
 #include <array>
-#include <cerrno>
 #include <chrono>
 #include <cstddef>
 #include <cstdint>
@@ -19,6 +18,7 @@ namespace {
 
 using media::HostTime;
 using media::StereoSample;
+using media::pipewire::Connection;
 
 /// What the stream says of its time may be as old as this; an older word is of before it rested.
 constexpr std::chrono::milliseconds oldestWord{500};
@@ -57,36 +57,12 @@ std::optional<HostTime> hearingTime(pw_stream* stream, HostTime now) {
 
 }  // namespace
 
-class PlaybackStream::CoreListener {
- public:
-  explicit CoreListener(PlaybackStream& owner) : owner_{owner} {
-    pw_core_add_listener(owner.core_.get(), &hook_, &events(), this);
-  }
-  CoreListener(const CoreListener&) = delete;
-  CoreListener& operator=(const CoreListener&) = delete;
-  ~CoreListener() { spa_hook_remove(&hook_); }
-
- private:
-  static const pw_core_events& events() {
-    static const pw_core_events events{.version = PW_VERSION_CORE_EVENTS,
-                                       .error = [](void* self, std::uint32_t id, int /*sequence*/,
-                                                   int result, const char* /*message*/) {
-                                         if (id == PW_ID_CORE && result == -EPIPE) {
-                                           static_cast<CoreListener*>(self)->owner_.isLost_ = true;
-                                         }
-                                       }};
-    return events;
-  }
-
-  PlaybackStream& owner_;
-  spa_hook hook_{};
-};
-
 /// The server's output devices. The one that session managers put in place of none does not count.
 class PlaybackStream::Devices {
  public:
   explicit Devices(PlaybackStream& owner)
-      : owner_{owner}, registry_{pw_core_get_registry(owner.core_.get(), PW_VERSION_REGISTRY, 0)} {
+      : owner_{owner},
+        registry_{pw_core_get_registry(owner.connection_->core(), PW_VERSION_REGISTRY, 0)} {
     pw_registry_add_listener(registry_, &hook_, &events(), this);
   }
   Devices(const Devices&) = delete;
@@ -140,7 +116,8 @@ class PlaybackStream::Devices {
 class PlaybackStream::Stream {
  public:
   explicit Stream(PlaybackStream& owner)
-      : owner_{owner}, stream_{pw_stream_new(owner.core_.get(), "Vesk", streamProperties())} {
+      : owner_{owner},
+        stream_{pw_stream_new(owner.connection_->core(), "Vesk", streamProperties())} {
     pw_stream_add_listener(stream_, &hook_, &events(), this);
   }
   Stream(const Stream&) = delete;
@@ -210,31 +187,11 @@ class PlaybackStream::Stream {
   spa_hook hook_{};
 };
 
-PlaybackStream::Library::Library() {
-  pw_init(nullptr, nullptr);
-}
-
-PlaybackStream::Library::~Library() {
-  pw_deinit();
-}
-
-void PlaybackStream::Release::operator()(pw_thread_loop* loop) const noexcept {
-  pw_thread_loop_destroy(loop);
-}
-
-void PlaybackStream::Release::operator()(pw_context* context) const noexcept {
-  pw_context_destroy(context);
-}
-
-void PlaybackStream::Release::operator()(pw_core* core) const noexcept {
-  pw_core_disconnect(core);
-}
-
 PlaybackStream::PlaybackStream(Take take) : take_{std::move(take)} {}
 
 PlaybackStream::~PlaybackStream() {
   // Without its thread everything can be taken down without a lock.
-  if (loop_) pw_thread_loop_stop(loop_.get());
+  if (connection_) connection_->stop();
 }
 
 std::unique_ptr<PlaybackStream> PlaybackStream::connect(const std::string& remote, Take take) {
@@ -243,24 +200,17 @@ std::unique_ptr<PlaybackStream> PlaybackStream::connect(const std::string& remot
 }
 
 bool PlaybackStream::open(const std::string& remote) {
-  loop_.reset(pw_thread_loop_new("vesk-sound", nullptr));
-  if (!loop_) return false;
-  context_.reset(pw_context_new(pw_thread_loop_get_loop(loop_.get()), nullptr, 0));
-  if (!context_) return false;
-  pw_properties* properties = pw_properties_new(PW_KEY_APP_NAME, "Vesk", nullptr);
-  if (!remote.empty()) pw_properties_set(properties, PW_KEY_REMOTE_NAME, remote.c_str());
-  core_.reset(pw_context_connect(context_.get(), properties, 0));
-  if (!core_) return false;
-  listener_ = std::make_unique<CoreListener>(*this);
+  connection_ = Connection::open(remote);
+  if (!connection_) return false;
+  const Connection::Lock lock{*connection_};
   devices_ = std::make_unique<Devices>(*this);
   stream_ = std::make_unique<Stream>(*this);
-  return stream_->connect() && pw_thread_loop_start(loop_.get()) >= 0;
+  return stream_->connect();
 }
 
 void PlaybackStream::setActive(bool isActive) {
-  pw_thread_loop_lock(loop_.get());
+  const Connection::Lock lock{*connection_};
   stream_->setActive(isActive);
-  pw_thread_loop_unlock(loop_.get());
 }
 
 }  // namespace vesk::editor::pipewire

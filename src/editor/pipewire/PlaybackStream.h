@@ -8,10 +8,7 @@
 
 #include "media/HostTime.h"
 #include "media/StereoSample.h"
-
-struct pw_context;
-struct pw_core;
-struct pw_thread_loop;
+#include "media/pipewire/Connection.h"
 
 namespace vesk::editor::pipewire {
 
@@ -38,37 +35,20 @@ class PlaybackStream {
   void setActive(bool isActive);
 
   /// Whether the server went away; the stream is of no use then.
-  [[nodiscard]] bool isLost() const noexcept { return isLost_; }
+  [[nodiscard]] bool isLost() const noexcept { return connection_->isLost(); }
   /// Whether there is a device that can take the sound.
-  [[nodiscard]] bool hasDevice() const noexcept { return hasDevice_ && !isLost_; }
+  [[nodiscard]] bool hasDevice() const noexcept { return hasDevice_ && !isLost(); }
 
  private:
-  class CoreListener;
   class Devices;
   class Stream;
-  struct Library {
-    Library();
-    Library(const Library&) = delete;
-    Library& operator=(const Library&) = delete;
-    ~Library();
-  };
-  struct Release {
-    void operator()(pw_thread_loop* loop) const noexcept;
-    void operator()(pw_context* context) const noexcept;
-    void operator()(pw_core* core) const noexcept;
-  };
 
   explicit PlaybackStream(Take take);
   bool open(const std::string& remote);
 
-  Library library_;
   Take take_;
-  std::atomic<bool> isLost_ = false;
   std::atomic<bool> hasDevice_ = false;
-  std::unique_ptr<pw_thread_loop, Release> loop_;
-  std::unique_ptr<pw_context, Release> context_;
-  std::unique_ptr<pw_core, Release> core_;
-  std::unique_ptr<CoreListener> listener_;
+  std::unique_ptr<media::pipewire::Connection> connection_;
   std::unique_ptr<Devices> devices_;
   std::unique_ptr<Stream> stream_;
 };

@@ -14,14 +14,16 @@
 #include "media/StereoSample.h"
 
 namespace vesk::capture::pipewire::test {
+
+using media::pipewire::Connection;
 namespace {
 
 constexpr std::int64_t nanosecondsASecond = 1'000'000'000;
 
 std::unique_ptr<Connection> connect(const std::string& remote) {
-  auto connection = Connection::open(remote);
-  if (!connection) throw std::runtime_error(connection.error().message);
-  return std::move(*connection);
+  auto connection = Connection::openAnswered(remote);
+  if (!connection) throw std::runtime_error("no sound server");
+  return connection;
 }
 
 double secondsOf(media::HostTime time) {

@@ -4,9 +4,9 @@
 #include <memory>
 #include <string>
 
-#include "capture/pipewire/Connection.h"
 #include "capture/pipewire/Moments.h"
 #include "media/HostTime.h"
+#include "media/pipewire/Connection.h"
 
 namespace vesk::capture::pipewire::test {
 
@@ -40,7 +40,7 @@ class SoundGenerator {
 
  private:
   class Stream;
-  std::unique_ptr<Connection> connection_;
+  std::unique_ptr<media::pipewire::Connection> connection_;
   std::unique_ptr<Stream> stream_;
 };
 

@@ -16,12 +16,14 @@
 #include "capture/pipewire/VideoFormats.h"
 
 namespace vesk::capture::pipewire::test {
+
+using media::pipewire::Connection;
 namespace {
 
 std::unique_ptr<Connection> connect(const std::string& remote) {
-  auto connection = Connection::open(remote);
-  if (!connection) throw std::runtime_error(connection.error().message);
-  return std::move(*connection);
+  auto connection = Connection::openAnswered(remote);
+  if (!connection) throw std::runtime_error("no sound server");
+  return connection;
 }
 
 /// Of a compressed frame, as much as it may have.

@@ -9,9 +9,9 @@
 
 #include "capture/Geometry.h"
 #include "capture/camera/CameraFormat.h"
-#include "capture/pipewire/Connection.h"
 #include "capture/pipewire/Moments.h"
 #include "media/HostTime.h"
+#include "media/pipewire/Connection.h"
 
 namespace vesk::capture::pipewire::test {
 
@@ -41,7 +41,7 @@ class VirtualCamera {
 
  private:
   class Stream;
-  std::unique_ptr<Connection> connection_;
+  std::unique_ptr<media::pipewire::Connection> connection_;
   std::unique_ptr<Stream> stream_;
 };
 

@@ -6,11 +6,12 @@
 
 namespace vesk::capture::pipewire::test {
 
+using media::pipewire::Connection;
+
 VirtualSink::VirtualSink(const std::string& remote, const std::string& name,
                          const std::string& description) {
-  auto connection = Connection::open(remote);
-  if (!connection) throw std::runtime_error(connection.error().message);
-  connection_ = std::move(*connection);
+  connection_ = Connection::openAnswered(remote);
+  if (!connection_) throw std::runtime_error("no sound server");
   const Connection::Lock lock{*connection_};
   pw_properties* properties = pw_properties_new(
       PW_KEY_FACTORY_NAME, "support.null-audio-sink", PW_KEY_NODE_NAME, name.c_str(),

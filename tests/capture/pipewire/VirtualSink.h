@@ -3,7 +3,7 @@
 #include <memory>
 #include <string>
 
-#include "capture/pipewire/Connection.h"
+#include "media/pipewire/Connection.h"
 
 struct pw_proxy;
 
@@ -19,7 +19,7 @@ class VirtualSink {
   ~VirtualSink();
 
  private:
-  std::unique_ptr<Connection> connection_;
+  std::unique_ptr<media::pipewire::Connection> connection_;
   pw_proxy* proxy_ = nullptr;
 };
 

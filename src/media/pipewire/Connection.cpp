@@ -1,14 +1,35 @@
-#include "capture/pipewire/Connection.h"
+#include "media/pipewire/Connection.h"
 
 #include <pipewire/pipewire.h>
 
 #include <cerrno>
+#include <cstddef>
+#include <cstdint>
+#include <thread>
 #include <utility>
 
-namespace vesk::capture::pipewire {
+namespace vesk::media::pipewire {
 namespace {
 
 constexpr std::chrono::milliseconds longestAnswer{1000};
+constexpr std::chrono::milliseconds longestEntry{200};
+
+/// Waits until a context's data thread runs. PipeWire loses the word that ends that thread where it
+/// comes as the thread enters its loop, and then waits for it for ever. Newer versions start the
+/// thread when it is needed only: one that does not come in a while is none.
+void awaitDataThread(pw_context* context) {
+  const auto tellThread = [](spa_loop* /*loop*/, bool /*async*/, std::uint32_t /*sequence*/,
+                             const void* /*data*/, std::size_t /*size*/, void* thread) {
+    *static_cast<std::thread::id*>(thread) = std::this_thread::get_id();
+    return 0;
+  };
+  const auto own = std::this_thread::get_id();
+  const auto end = std::chrono::steady_clock::now() + longestEntry;
+  for (auto ranOn = own; ranOn == own && std::chrono::steady_clock::now() < end;) {
+    pw_data_loop_invoke(pw_context_get_data_loop(context), tellThread, 0, nullptr, 0, true, &ranOn);
+    if (ranOn == own) std::this_thread::sleep_for(std::chrono::milliseconds{1});
+  }
+}
 
 }  // namespace
 
@@ -63,6 +84,7 @@ void Connection::Release::operator()(pw_thread_loop* loop) const noexcept {
 }
 
 void Connection::Release::operator()(pw_context* context) const noexcept {
+  awaitDataThread(context);
   pw_context_destroy(context);
 }
 
@@ -84,11 +106,19 @@ Connection::~Connection() {
   if (loop_) stop();
 }
 
-std::expected<std::unique_ptr<Connection>, BackendError> Connection::open(const std::string& remote,
-                                                                          OnLoss onLoss) {
+std::unique_ptr<Connection> Connection::open(const std::string& remote, OnLoss onLoss) {
   std::unique_ptr<Connection> connection{new Connection{std::move(onLoss)}};
-  if (!connection->connect(remote)) return std::unexpected(BackendError{"连接不上 PipeWire 服务"});
-  return connection;
+  return connection->connect(remote) ? std::move(connection) : nullptr;
+}
+
+std::unique_ptr<Connection> Connection::openAnswered(const std::string& remote, OnLoss onLoss) {
+  auto connection = open(remote, std::move(onLoss));
+  if (!connection) return nullptr;
+  const bool answers = [&] {
+    const Lock lock{*connection};
+    return connection->roundTrip();
+  }();
+  return answers ? std::move(connection) : nullptr;
 }
 
 bool Connection::connect(const std::string& remote) {
@@ -101,9 +131,7 @@ bool Connection::connect(const std::string& remote) {
   core_.reset(pw_context_connect(context_.get(), properties, 0));
   if (!core_) return false;
   listener_ = std::make_unique<CoreListener>(*this);
-  if (pw_thread_loop_start(loop_.get()) < 0) return false;
-  const Lock lock{*this};
-  return roundTrip();
+  return pw_thread_loop_start(loop_.get()) >= 0;
 }
 
 bool Connection::roundTrip() {
@@ -129,4 +157,4 @@ void Connection::stop() {
   pw_thread_loop_stop(loop());
 }
 
-}  // namespace vesk::capture::pipewire
+}  // namespace vesk::media::pipewire

@@ -2,18 +2,15 @@
 
 #include <atomic>
 #include <chrono>
-#include <expected>
 #include <functional>
 #include <memory>
 #include <string>
-
-#include "capture/BackendError.h"
 
 struct pw_context;
 struct pw_core;
 struct pw_thread_loop;
 
-namespace vesk::capture::pipewire {
+namespace vesk::media::pipewire {
 
 /// A connection of its owner's own to PipeWire, with a thread that serves it. What is made over it
 /// must go before it. Whoever touches such things from another thread holds a Lock.
@@ -21,10 +18,15 @@ class Connection {
  public:
   using OnLoss = std::function<void()>;
 
+  /// Does not wait for the server: one that stands still is connected to as well.
   /// @param remote the path of the server's socket, or its name; empty for that of the environment.
   /// @param onLoss is called at most once, on the connection's thread, when the server goes away.
-  [[nodiscard]] static std::expected<std::unique_ptr<Connection>, BackendError> open(
-      const std::string& remote, OnLoss onLoss = {});
+  /// @return null where no server is there.
+  [[nodiscard]] static std::unique_ptr<Connection> open(const std::string& remote,
+                                                        OnLoss onLoss = {});
+  /// As open(), but null also where the server does not answer within a second.
+  [[nodiscard]] static std::unique_ptr<Connection> openAnswered(const std::string& remote,
+                                                                OnLoss onLoss = {});
 
   Connection(const Connection&) = delete;
   Connection& operator=(const Connection&) = delete;
@@ -84,4 +86,4 @@ class Connection {
   std::unique_ptr<CoreListener> listener_;
 };
 
-}  // namespace vesk::capture::pipewire
+}  // namespace vesk::media::pipewire
