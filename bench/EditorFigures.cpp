@@ -343,9 +343,12 @@ void measureDrift(Stage& stage, const std::string& remote, double seconds) {
         drawing.push_back(1000 * (flashes.back() - at));
       },
       Qt::DirectConnection);
+  const int framesBefore = stage.frames();
   stage.session().play();
   Stage::runFor(std::chrono::milliseconds(static_cast<int>(1000 * seconds)));
   stage.session().pause();
+  fmt::print("{:<46} {:.1f} frames a second\n", "playing the flashes",
+             (stage.frames() - framesBefore) / seconds);
   QObject::disconnect(drawn);
   QObject::disconnect(swapped);
 

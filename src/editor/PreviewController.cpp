@@ -369,6 +369,7 @@ void PreviewController::tick() {
     player_->seek(currentTime_, now);
     setPlaying(false);
   } else {
+    endWatch_.start();
     // The next frame is wanted even where the time has not moved yet.
     Q_EMIT pictureChanged();
   }

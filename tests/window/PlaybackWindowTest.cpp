@@ -1,4 +1,7 @@
 // The playhead under the pointer and the keys.
+#include <QElapsedTimer>
+#include <QQuickWindow>
+
 #include "media/PictureFeed.h"
 #include "window/WindowStage.h"
 
@@ -56,6 +59,28 @@ TEST_F(PlaybackWindow, theSpaceBarPlaysAndPauses) {
   const double stopped = session().currentTime();
   ASSERT_TRUE(comesToRest());
   EXPECT_EQ(session().currentTime(), stopped);
+}
+
+/// Whatever else changes meanwhile, outside of frames: it must not cost the frame after it.
+TEST_F(PlaybackWindow, framesFollowEachOtherWhilePlaying) {
+  open(putTour());
+  int frames = 0;
+  QObject::connect(&window(), &QQuickWindow::afterAnimating, &session(), [&] { ++frames; });
+  hand().type(Key::space);
+  ASSERT_TRUE(until([&] { return frames > 10; }));
+  QElapsedTimer since;
+  qint64 standing = 0;
+  constexpr int changes = 10;
+  for (int change = 0; change < changes; ++change) {
+    Q_EMIT session().pictureChanged();
+    const int wanted = frames + 4;
+    since.start();
+    ASSERT_TRUE(until([&] { return frames >= wanted; }));
+    standing += since.elapsed();
+  }
+  EXPECT_TRUE(session().isPlaying());
+  EXPECT_LT(standing, changes * 160)
+      << "ms; where a frame fails to come, the next look at the clock is 250 ms away";
 }
 
 TEST_F(PlaybackWindow, theButtonPlaysAndTheEndStops) {

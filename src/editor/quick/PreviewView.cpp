@@ -2,6 +2,9 @@
 
 #include <QQuickWindow>
 #include <QSGSimpleTextureNode>
+#include <QScreen>
+#include <algorithm>
+#include <chrono>
 #include <cmath>
 #include <memory>
 #include <optional>
@@ -12,6 +15,20 @@
 
 namespace vesk::editor {
 namespace {
+
+/// For so long before the display's next picture the session is told to go on: what follows, the
+/// window system's own delay included, is to begin before the display waits.
+constexpr double headStart = 1.0 / 150;
+constexpr double usualRefreshRate = 60;
+
+/// From the start of one frame until the next one is to be begun.
+std::chrono::milliseconds untilNextTick(const QQuickWindow* window) {
+  const QScreen* const screen = window == nullptr ? nullptr : window->screen();
+  const double told = screen == nullptr ? 0 : screen->refreshRate();
+  const double rate = told > 1 ? told : usualRefreshRate;
+  const std::chrono::duration<double> wait{std::max(1 / rate - headStart, 0.0)};
+  return std::chrono::duration_cast<std::chrono::milliseconds>(wait);
+}
 
 /// The item's part of the scene graph: painter and texture live and die with it, on the thread
 /// that draws.
@@ -85,6 +102,8 @@ class PreviewNode : public QSGSimpleTextureNode {
 
 PreviewView::PreviewView(QQuickItem* parent) : QQuickItem(parent) {
   setFlag(ItemHasContents);
+  nextTick_.setSingleShot(true);
+  nextTick_.setTimerType(Qt::PreciseTimer);
 }
 
 void PreviewView::setController(PreviewController* controller) {
@@ -92,10 +111,13 @@ void PreviewView::setController(PreviewController* controller) {
   if (controller_ != nullptr) {
     controller_->disconnect(this);
     disconnect(controller_);
+    nextTick_.disconnect(controller_);
+    nextTick_.stop();
   }
   controller_ = controller;
   if (controller_ != nullptr) {
     connect(controller_, &PreviewController::pictureChanged, this, &QQuickItem::update);
+    connect(&nextTick_, &QTimer::timeout, controller_, &PreviewController::tick);
     connect(this, &PreviewView::rendererFailed, controller_, &PreviewController::loseRenderer,
             Qt::QueuedConnection);
   }
@@ -112,7 +134,12 @@ void PreviewView::itemChange(ItemChange change, const ItemChangeData& value) {
 void PreviewView::watchWindow(QQuickWindow* window) {
   disconnect(frames_);
   if (window == nullptr || controller_ == nullptr) return;
-  frames_ = connect(window, &QQuickWindow::afterAnimating, controller_, &PreviewController::tick);
+  frames_ = connect(window, &QQuickWindow::afterAnimating, this, &PreviewView::beginWaiting);
+}
+
+void PreviewView::beginWaiting() {
+  if (!controller_->isPlaying() || nextTick_.isActive()) return;
+  nextTick_.start(untilNextTick(window()));
 }
 
 QSGNode* PreviewView::updatePaintNode(QSGNode* node, UpdatePaintNodeData* /*data*/) {

@@ -3,14 +3,16 @@
 #include <QtQml/qqmlregistration.h>
 
 #include <QQuickItem>
+#include <QTimer>
 
 #include "editor/PreviewController.h"
 
 namespace vesk::editor {
 
 /// The finished picture in the window, drawn in the scene graph's own graphics context. Draws when
-/// the session shows something else, and not otherwise. Its canvas is the item's size in pixels of
-/// the screen.
+/// the session shows something else, and not otherwise. While the session plays, each frame of the
+/// window is followed by the session's next tick, outside of frames: what changes within one cannot
+/// ask for another. Its canvas is the item's size in pixels of the screen.
 class PreviewView : public QQuickItem {
   Q_OBJECT
   QML_ELEMENT
@@ -34,9 +36,11 @@ class PreviewView : public QQuickItem {
 
  private:
   void watchWindow(QQuickWindow* window);
+  void beginWaiting();
 
   PreviewController* controller_ = nullptr;
-  QMetaObject::Connection frames_;  ///< of the window to the session's tick
+  QMetaObject::Connection frames_;  ///< of the window
+  QTimer nextTick_;
 };
 
 }  // namespace vesk::editor
