@@ -1,7 +1,10 @@
 // The playhead under the pointer and the keys.
 #include <QElapsedTimer>
 #include <QQuickWindow>
+#include <algorithm>
+#include <vector>
 
+#include "editor/quick/PreviewView.h"
 #include "media/PictureFeed.h"
 #include "window/WindowStage.h"
 
@@ -61,26 +64,38 @@ TEST_F(PlaybackWindow, theSpaceBarPlaysAndPauses) {
   EXPECT_EQ(session().currentTime(), stopped);
 }
 
-/// Whatever else changes meanwhile, outside of frames: it must not cost the frame after it.
+/// What changes between two frames must not cost the one after them. Alone in a window, nothing
+/// else asks for frames.
 TEST_F(PlaybackWindow, framesFollowEachOtherWhilePlaying) {
   open(putTour());
+  QQuickWindow bare;
+  bare.resize(320, 200);
+  editor::PreviewView view(bare.contentItem());
+  view.setSize(bare.size());
+  view.setController(&session());
+  bare.show();
   int frames = 0;
-  QObject::connect(&window(), &QQuickWindow::afterAnimating, &session(), [&] { ++frames; });
-  hand().type(Key::space);
+  QObject::connect(&bare, &QQuickWindow::afterAnimating, &session(), [&] { ++frames; });
+  ASSERT_TRUE(until([&] { return frames > 0; }));
+  window().hide();
+  session().play();
   ASSERT_TRUE(until([&] { return frames > 10; }));
-  QElapsedTimer since;
-  qint64 standing = 0;
-  constexpr int changes = 10;
-  for (int change = 0; change < changes; ++change) {
-    Q_EMIT session().pictureChanged();
-    const int wanted = frames + 4;
+  std::vector<qint64> waits;
+  for (int change = 0; change < 11; ++change) {
+    session().tick();
+    const int wanted = frames + 3;
+    QElapsedTimer since;
     since.start();
     ASSERT_TRUE(until([&] { return frames >= wanted; }));
-    standing += since.elapsed();
+    waits.push_back(since.elapsed());
   }
   EXPECT_TRUE(session().isPlaying());
-  EXPECT_LT(standing, changes * 160)
-      << "ms; where a frame fails to come, the next look at the clock is 250 ms away";
+  session().pause();
+  bare.hide();
+  window().show();
+  std::ranges::sort(waits);
+  // Where a frame fails to come, the session looks at the clock 250 ms after the one before.
+  EXPECT_LT(waits[waits.size() / 2], 180) << "ms at the median";
 }
 
 TEST_F(PlaybackWindow, theButtonPlaysAndTheEndStops) {
