@@ -23,10 +23,12 @@ void awaitDataThread(pw_context* context) {
     *static_cast<std::thread::id*>(thread) = std::this_thread::get_id();
     return 0;
   };
+  pw_data_loop* const dataLoop = pw_context_get_data_loop(context);
+  if (dataLoop == nullptr) return;
   const auto own = std::this_thread::get_id();
   const auto end = std::chrono::steady_clock::now() + longestEntry;
   for (auto ranOn = own; ranOn == own && std::chrono::steady_clock::now() < end;) {
-    pw_data_loop_invoke(pw_context_get_data_loop(context), tellThread, 0, nullptr, 0, true, &ranOn);
+    pw_data_loop_invoke(dataLoop, tellThread, 0, nullptr, 0, true, &ranOn);
     if (ranOn == own) std::this_thread::sleep_for(std::chrono::milliseconds{1});
   }
 }
