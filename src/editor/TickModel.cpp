@@ -7,8 +7,6 @@
 #include "editor/TimelineScale.h"
 
 namespace vesk::editor {
-namespace {}  // namespace
-
 std::vector<Tick> ticksIn(TimeRange range, double duration, double pxPerSec) {
   const double interval = tickInterval(pxPerSec);
   const double last = std::floor(std::min({range.to, duration, mostSeconds}) / interval);

@@ -7,8 +7,6 @@
 #include "capture/x11/Pixels.h"
 
 namespace vesk::capture::x11 {
-namespace {}  // namespace
-
 std::expected<AreaPicture, ReadFailure> AreaPicture::create(const Connection& connection,
                                                             const media::PixelRect& area) {
   const auto count = static_cast<std::size_t>(area.width) * static_cast<std::size_t>(area.height);

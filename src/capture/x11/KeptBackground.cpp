@@ -1,8 +1,6 @@
 #include "capture/x11/KeptBackground.h"
 
 namespace vesk::capture::x11 {
-namespace {}  // namespace
-
 KeptBackground::KeptBackground(int width, int height)
     : extent_{.x = 0, .y = 0, .width = width, .height = height},
       pixels_(static_cast<std::size_t>(width) * static_cast<std::size_t>(height), black) {}
