@@ -2,9 +2,9 @@
 
 #include <fmt/format.h>
 
-#include <chrono>
 #include <utility>
 
+#include "media/HostTime.h"
 #include "package/Log.h"
 
 namespace vesk::capture {
@@ -67,7 +67,7 @@ void MicrophoneRecorder::receive(const media::SoundBlock& sound) {
     const std::scoped_lock lock{mutex_};
     if (!movie_) return;
     if (!firstSamplePTS_) {
-      firstSamplePTS_ = std::chrono::duration<double>(sound.stamp).count();
+      firstSamplePTS_ = media::secondsOf(sound.stamp);
       micLog().info("mic first sample pts={:f}", *firstSamplePTS_);
     }
     broken = movie_->failure();

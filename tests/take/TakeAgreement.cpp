@@ -64,10 +64,6 @@ capture::pipewire::test::Waveform beepOf(const Flash& flash) {
   };
 }
 
-double seconds(HostTime time) {
-  return std::chrono::duration<double>(time).count();
-}
-
 /// The times at which a picture begins to be bright.
 std::vector<double> brightenings(const std::filesystem::path& movie) {
   std::vector<double> times;
@@ -161,7 +157,7 @@ std::vector<double> flashAway(take::TakeStage& stage, Flash& flash, int count) {
     std::this_thread::sleep_for(begin - now());
     stage.user_.clickButton(1);
     stage.painter_.draw(window, all, white);
-    moments.push_back(seconds(begin));
+    moments.push_back(media::secondsOf(begin));
     std::this_thread::sleep_for(length);
     stage.painter_.draw(window, all, black);
     // Not in step with the frames.

@@ -6,16 +6,13 @@
 #include <chrono>
 #include <cmath>
 
+#include "media/HostTime.h"
 #include "media/StereoSample.h"
 
 namespace vesk::capture::pipewire::test {
 namespace {
 
 using std::chrono::milliseconds;
-
-double secondsOf(media::HostTime time) {
-  return std::chrono::duration<double>(time).count();
-}
 
 }  // namespace
 
@@ -31,7 +28,7 @@ void expectGoodTimes(const std::vector<HeardSound::Block>& blocks, int channels)
     const std::int64_t counted = *block.position - *before.position;
     EXPECT_GE(counted, std::ssize(before.samples) / channels);
     EXPECT_NEAR(static_cast<double>(counted) / media::soundRate,
-                secondsOf(block.stamp - before.stamp), 0.012);
+                media::secondsOf(block.stamp - before.stamp), 0.012);
   }
 }
 
@@ -39,7 +36,7 @@ double worstStampError(const std::vector<HeardSound::Block>& blocks) {
   double worst = 0;
   for (const auto& block : blocks) {
     if (std::ranges::count(block.samples, 0.0F) > 4) continue;
-    const double second = secondsOf(block.stamp % std::chrono::seconds{1});
+    const double second = media::secondsOf(block.stamp % std::chrono::seconds{1});
     const double error = static_cast<double>(block.samples.front()) - second;
     worst = std::max(worst, std::abs(error - std::round(error)));
   }

@@ -26,22 +26,19 @@ std::unique_ptr<Connection> connect(const std::string& remote) {
   return connection;
 }
 
-double secondsOf(media::HostTime time) {
-  return std::chrono::duration<double>(time).count();
-}
-
 }  // namespace
 
 Waveform tone(double frequency) {
   return [frequency](media::HostTime time) {
-    const double turns = std::fmod(secondsOf(time % std::chrono::seconds{1}) * frequency, 1.0);
+    const double turns =
+        std::fmod(media::secondsOf(time % std::chrono::seconds{1}) * frequency, 1.0);
     return static_cast<float>(0.5 * std::sin(2 * std::numbers::pi * turns));
   };
 }
 
 Waveform secondRamp() {
   return [](media::HostTime time) {
-    return static_cast<float>(secondsOf(time % std::chrono::seconds{1}));
+    return static_cast<float>(media::secondsOf(time % std::chrono::seconds{1}));
   };
 }
 

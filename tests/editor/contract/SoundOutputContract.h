@@ -17,6 +17,8 @@
 //   INSTANTIATE_TYPED_TEST_SUITE_P(PipeWire, SoundOutputContract, PipeWireRig);
 namespace vesk::editor::contract {
 
+using media::secondsOf;
+
 /// A sound output, new for each test; it throws when it cannot be set up.
 template <typename Rig>
 concept SoundOutputRig = std::default_initializable<Rig> && requires(Rig rig) {
@@ -26,10 +28,6 @@ concept SoundOutputRig = std::default_initializable<Rig> && requires(Rig rig) {
 
 inline media::HostTime hostTime() {
   return std::chrono::steady_clock::now().time_since_epoch();
-}
-
-inline double secondsOf(media::HostTime time) {
-  return std::chrono::duration<double>(time).count();
 }
 
 /// Whether it came true within ten seconds.
