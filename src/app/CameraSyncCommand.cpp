@@ -11,6 +11,7 @@
 #include "app/EditorStage.h"
 #include "compositor/CameraClock.h"
 #include "editor/PreviewController.h"
+#include "media/HostTime.h"
 #include "media/VideoReader.h"
 #include "motion/ReportText.h"
 #include "package/RecordingProject.h"
@@ -29,12 +30,12 @@ constexpr std::chrono::milliseconds rowInterval{500};
 
 /// One look at all players while they play.
 struct Sample {
-  double time = 0;    ///< of the session
-  double main = 0;    ///< of the main player
-  double wanted = 0;  ///< where the camera should be
-  double camera = 0;  ///< stamp of the camera's picture that is shown
-  bool isNewByOffset = false;
-  bool isNewByCameraClock = false;
+  double time = 0;                  ///< of the session
+  double main = 0;                  ///< of the main player
+  double wanted = 0;                ///< where the camera should be
+  double camera = 0;                ///< stamp of the camera's picture that is shown
+  bool isNewByOffset = false;       ///< that picture: asked for at the session's time
+  bool isNewByCameraClock = false;  ///< the one asked for at the camera's own time
   double soundDrift = 0;  ///< of the sound's clock against the host's since the first sample
 
   double drift() const { return camera - wanted; }
@@ -52,40 +53,40 @@ class Sampling {
     while (std::chrono::steady_clock::now() < end) {
       EditorStage::runFor(sampleInterval);
       session_.tick();
+      if (!session_.isPlaying()) break;
       // What the players need to get going says nothing about how they run.
       if (session_.currentTime() <= 0) continue;
-      if (!session_.isPlaying()) break;
-      if (samples.empty()) playing_ = session_.audioDiagnostics();
+      if (!playing_) playing_ = session_.audioDiagnostics();
       samples.push_back(look());
     }
     session_.pause();
     return samples;
   }
 
-  /// What the main player said of itself while it played.
-  const editor::AudioDiagnostics& playing() const { return playing_; }
+  /// What the main player said of itself while it played; nothing when it did not.
+  const std::optional<editor::AudioDiagnostics>& playing() const { return playing_; }
 
  private:
   Sample look() {
-    const media::HostTime now = EditorStage::hostTime();
+    const media::HostTime now = media::monotonicTime();
     Sample sample{.time = session_.currentTime(), .main = session_.player()->currentTime(now)};
     if (!startHost_) {
       startHost_ = now;
       startMain_ = sample.main;
     }
-    const double host = std::chrono::duration<double>(now - *startHost_).count();
-    sample.soundDrift = sample.main - startMain_ - host;
+    sample.soundDrift = sample.main - startMain_ - media::secondsOf(now - *startHost_);
     const auto synced = session_.syncedPlayers();
-    if (synced.empty()) return sample;
-    const media::PictureFeed& feed = *synced.front().pictures;
-    sample.wanted = synced.front().time(sample.time);
-    const auto byOffset = session_.player()->cameraPicture(sample.time);
-    sample.isNewByOffset = isNew(byOffset, lastByOffset_);
-    const auto byClock = synced.front().pictures->pictureAt(
-        std::max(compositor::cameraTime(sample.time, -synced.front().delta), feed.firstPTS()));
-    sample.isNewByCameraClock = isNew(byClock, lastByClock_);
-    sample.camera = byOffset ? byOffset->pts : 0;
+    if (!synced.empty()) lookAtCamera(synced.front(), sample);
     return sample;
+  }
+
+  void lookAtCamera(const editor::SyncedPlayer& camera, Sample& sample) {
+    sample.wanted = camera.time(sample.time);
+    const auto byOffset = camera.pictures->pictureAt(camera.pictureTime(sample.time));
+    sample.isNewByOffset = isNew(byOffset, lastByOffset_);
+    sample.camera = byOffset ? byOffset->pts : 0;
+    const auto byClock = camera.pictures->pictureAt(camera.pictureTime(sample.main));
+    sample.isNewByCameraClock = isNew(byClock, lastByClock_);
   }
 
   static bool isNew(const std::optional<media::VideoFrame>& picture,
@@ -96,7 +97,7 @@ class Sampling {
   }
 
   PreviewController& session_;
-  editor::AudioDiagnostics playing_;
+  std::optional<editor::AudioDiagnostics> playing_;
   std::optional<media::VideoFrame> lastByOffset_;
   std::optional<media::VideoFrame> lastByClock_;
   std::optional<media::HostTime> startHost_;
@@ -135,15 +136,37 @@ std::string layoutReport(const PreviewController& session) {
   return text;
 }
 
-std::string micReport(const package::RecordingProject& project) {
-  const double offset = project.meta.micFirstSamplePTS && project.meta.firstFramePTS
-                            ? *project.meta.micFirstSamplePTS - *project.meta.firstFramePTS
-                            : 0;
-  return fmt::format("  micOffset {:.3f}s   mic.m4a {}\n", offset,
-                     project.micURL() ? "存在" : "缺失");
+/// Where the microphone's sound begins in what plays; 0 without one.
+double micStart(const editor::PlaybackComposition& composition) {
+  for (const editor::PlaybackTrack& track : composition.tracks) {
+    if (track.id != composition.micTrackID) continue;
+    const auto sound = std::ranges::find(track.segments, false, &editor::TrackSegment::isEmpty);
+    if (sound != track.segments.end()) return sound->target;
+  }
+  return 0;
 }
 
-std::string playerReport(const editor::AudioDiagnostics& playing, bool hasMic) {
+std::string micReport(const PreviewController& session) {
+  return fmt::format("  micOffset {:.3f}s   mic.m4a {}\n",
+                     micStart(session.player()->composition()),
+                     session.project()->micURL() ? "存在" : "缺失");
+}
+
+std::string cameraReport(const PreviewController& session, double offset) {
+  const auto file = session.project()->cameraURL();
+  if (!file) return "  ✗ 录制包里没有可用的 camera.mov\n";
+  const auto camera = media::VideoReader::open(*file, 1);
+  if (!camera) return fmt::format("  ✗ {}\n", camera.error().message);
+  std::string text = cameraEndReport({.duration = session.duration(),
+                                      .cameraOffset = offset,
+                                      .cameraLength = camera->info().duration});
+  if (session.syncedPlayers().empty()) text += "  ✗ 摄像头画面没有跟着主播放器\n";
+  return text;
+}
+
+std::string playerReport(const std::optional<editor::AudioDiagnostics>& state, bool hasMic) {
+  if (!state) return "\n  ✗ 拿不到主播放器状态\n";
+  const editor::AudioDiagnostics& playing = *state;
   std::string text =
       fmt::format("  主播放器  rate={}  volume={}  muted={}  轨道数={}  状态={}\n", playing.rate,
                   playing.volume, playing.muted, playing.trackCount, playing.statusText);
@@ -233,7 +256,7 @@ int diagnoseCameraSync(const CommandContext& context) {
     return 1;
   }
   report.print(fmt::format("{0}\n 画中画同步诊断 · {1}\n{0}\n", motion::ruler(),
-                           package->filename().string()));
+                           package::withoutTrailingSlash(*package).filename().string()));
   EditorStage stage(context.library(), context.openSound());
   const auto session = stage.makeSession();
   session->open(*package);
@@ -246,14 +269,8 @@ int diagnoseCameraSync(const CommandContext& context) {
   report.print(
       fmt::format("  素材时长 {:.2f}s   cameraOffset {:.3f}s\n", session->duration(), offset));
   report.print(layoutReport(*session));
-  report.print(micReport(*project));
-  if (const auto camera = media::VideoReader::open(*package / "camera.mov", 1)) {
-    report.print(cameraEndReport({.duration = session->duration(),
-                                  .cameraOffset = offset,
-                                  .cameraLength = camera->info().duration}));
-  } else {
-    report.print(fmt::format("  ✗ {}\n", camera.error().message));
-  }
+  report.print(micReport(*session));
+  report.print(cameraReport(*session, offset));
 
   Sampling sampling(*session);
   const std::vector<Sample> samples = sampling.run();

@@ -33,11 +33,7 @@ std::optional<fs::path> markedTake(package::Timestamp now) {
       package::SyntheticMark{.t = 5.0, .kind = Kind::zoomOut, .x = 0.3, .y = 0.3},
       package::SyntheticMark{.t = 7.0, .kind = Kind::zoomIn, .x = 0.7, .y = 0.6},
       package::SyntheticMark{.t = 10.0, .kind = Kind::zoomOut, .x = 0.7, .y = 0.6}};
-  auto url = package::makeSyntheticPackage(marks, takeLength, now);
-  std::error_code error;
-  // The run before may have left its document.
-  if (url) fs::remove(*url / "edit.json", error);
-  return url;
+  return package::makeSyntheticPackage(marks, takeLength, now);
 }
 
 std::size_t count(const PreviewController& session) {
@@ -65,57 +61,35 @@ EditedTake edit(PreviewController& session, const EditedValues& values) {
   return edited;
 }
 
-/// A value that views keep a copy of comes back by undo, and they are told.
-void checkUndoOfView(PreviewController& session, Failures& failures) {
-  constexpr double before = 0.41;
+/// Changes a value that views keep a copy of, and undoes that.
+Failures tryUndoOfView(PreviewController& session, const EditedValues& values) {
   const int version = session.documentVersion();
   const auto setSize = [&](double size) {
     session.changeLook([&](CompositeSettings& look) { look.pip.size = size; });
   };
-  setSize(before);
+  setSize(values.cameraSize);
   session.pushUndo(PreviewController::discreteEdit);
   setSize(0.19);
   session.undo();
-  if (session.documentVersion() == version) {
-    failures.emplace_back(
-        "撤销后 documentVersion 没变，视图里的 @State 不会回读，画中画热区会停在旧位置，"
-        "下次交互还会把陈旧值写回");
-  }
-  if (const double size = session.look().pip.size; !isNear(size, before)) {
-    failures.push_back(fmt::format("撤销后画中画大小 期望 0.410，实际 {:.3f}", size));
-  }
+  return viewUndoFailures(session, version, values);
 }
 
-void checkFollowSpeed(PreviewController& session, const EditedTake& edited, Failures& failures) {
-  constexpr double speed = 0.55;
+Failures tryFollowSpeed(PreviewController& session, const EditedTake& edited,
+                        const EditedValues& values) {
   const std::size_t before = count(session);
-  session.setFollowSpeedRaw(speed);
+  session.setFollowSpeedRaw(values.followSpeed);
   session.rebuildTrack();
-  if (count(session) != before) {
-    failures.push_back(
-        fmt::format("改跟随速度把段数从 {} 变成了 {}——它不该触发重新推断", before, count(session)));
-  }
-  const motion::ZoomSegment* const segment = session.segment(edited.editedID);
-  if (segment == nullptr) {
-    failures.emplace_back("改跟随速度之后，改过的段没了");
-  } else if (std::abs(segment->followSpeed - speed) > 1e-9) {
-    failures.emplace_back("改跟随速度没有写进段里");
-  }
+  return followSpeedFailures(session, before, edited, values);
 }
 
-void checkUndoOfRegeneration(PreviewController& session, const EditedTake& edited,
-                             const EditedValues& values, Failures& failures) {
+Failures tryUndoOfRegeneration(PreviewController& session, const EditedTake& edited,
+                               const EditedValues& values) {
   session.pushUndo(PreviewController::discreteEdit);
   session.setSensitivityRaw(motion::Sensitivity::dense);
   session.regenerate();
   session.scheduleSave();
   session.undo();
-  const motion::ZoomSegment* const segment = session.segment(edited.editedID);
-  if (segment == nullptr) {
-    failures.emplace_back("改灵敏度丢掉了手工编辑，且撤销也拿不回来");
-  } else if (!isNear(segment->level, values.level)) {
-    failures.push_back(fmt::format("撤销后强度没回来：{:.3f}", segment->level));
-  }
+  return regenerationUndoFailures(session, edited, values);
 }
 
 }  // namespace
@@ -156,6 +130,45 @@ Failures reopeningFailures(const PreviewController& reopened, const EditedTake& 
   return failures;
 }
 
+Failures viewUndoFailures(const PreviewController& undone, int versionBefore,
+                          const EditedValues& values) {
+  Failures failures;
+  if (undone.documentVersion() == versionBefore) {
+    failures.emplace_back(
+        "撤销后 documentVersion 没变，视图里的 @State 不会回读，画中画热区会停在旧位置，"
+        "下次交互还会把陈旧值写回");
+  }
+  if (const double size = undone.look().pip.size; !isNear(size, values.cameraSize)) {
+    failures.push_back(
+        fmt::format("撤销后画中画大小 期望 {:.3f}，实际 {:.3f}", values.cameraSize, size));
+  }
+  return failures;
+}
+
+Failures followSpeedFailures(const PreviewController& changed, std::size_t before,
+                             const EditedTake& edited, const EditedValues& values) {
+  Failures failures;
+  if (count(changed) != before) {
+    failures.push_back(
+        fmt::format("改跟随速度把段数从 {} 变成了 {}——它不该触发重新推断", before, count(changed)));
+  }
+  const motion::ZoomSegment* const segment = changed.segment(edited.editedID);
+  if (segment == nullptr) {
+    failures.emplace_back("改跟随速度之后，改过的段没了");
+  } else if (std::abs(segment->followSpeed - values.followSpeed) > 1e-9) {
+    failures.emplace_back("改跟随速度没有写进段里");
+  }
+  return failures;
+}
+
+Failures regenerationUndoFailures(const PreviewController& undone, const EditedTake& edited,
+                                  const EditedValues& values) {
+  const motion::ZoomSegment* const segment = undone.segment(edited.editedID);
+  if (segment == nullptr) return {"改灵敏度丢掉了手工编辑，且撤销也拿不回来"};
+  if (isNear(segment->level, values.level)) return {};
+  return {fmt::format("撤销后强度没回来：{:.3f}", segment->level)};
+}
+
 CheckOutcome checkEditRoundtrip(package::Timestamp now, const MakeSession& makeSession) {
   SelfCheck check(" 编辑意图往返自检（走真实 open 路径）");
   const auto take = markedTake(now);
@@ -184,11 +197,14 @@ CheckOutcome checkEditRoundtrip(package::Timestamp now, const MakeSession& makeS
     return check.breakOff(fmt::format("第二次打开失败：{}", second->loadError().toStdString()));
   }
   check.line(fmt::format("  重开后          {} 段", count(*second)));
-  Failures failures = reopeningFailures(*second, edited, values);
-  checkUndoOfView(*second, failures);
-  checkFollowSpeed(*second, edited, failures);
-  checkUndoOfRegeneration(*second, edited, values, failures);
-  for (std::string& failure : failures) check.collect(std::move(failure));
+  // One after the other: each starts from what the one before left.
+  const auto collect = [&](Failures failures) {
+    for (std::string& failure : failures) check.collect(std::move(failure));
+  };
+  collect(reopeningFailures(*second, edited, values));
+  collect(tryUndoOfView(*second, values));
+  collect(tryFollowSpeed(*second, edited, values));
+  collect(tryUndoOfRegeneration(*second, edited, values));
   return check.finishWithList("段编辑活过了一次重开\n");
 }
 

@@ -4,6 +4,8 @@
 #include <QTimer>
 #include <utility>
 
+#include "media/HostTime.h"
+
 namespace vesk::app {
 
 EditorStage::EditorStage(package::RecordingLibrary& library,
@@ -17,7 +19,7 @@ std::unique_ptr<editor::PreviewController> EditorStage::makeSession() {
   return std::make_unique<editor::PreviewController>(
       editor::PreviewController::Surroundings{.library = library_,
                                               .sound = *sound_,
-                                              .hostTime = hostTime,
+                                              .hostTime = media::monotonicTime,
                                               .wallClock = std::chrono::system_clock::now});
 }
 
@@ -25,11 +27,6 @@ void EditorStage::runFor(std::chrono::milliseconds time) {
   QEventLoop loop;
   QTimer::singleShot(time, Qt::PreciseTimer, &loop, &QEventLoop::quit);
   loop.exec();
-}
-
-media::HostTime EditorStage::hostTime() {
-  return std::chrono::duration_cast<media::HostTime>(
-      std::chrono::steady_clock::now().time_since_epoch());
 }
 
 }  // namespace vesk::app

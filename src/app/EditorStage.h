@@ -7,7 +7,6 @@
 
 #include "editor/PreviewController.h"
 #include "editor/SoundOutput.h"
-#include "media/HostTime.h"
 #include "package/RecordingLibrary.h"
 
 namespace vesk::app {
@@ -25,8 +24,6 @@ class EditorStage {
 
   /// Lets timers and events happen for so long.
   static void runFor(std::chrono::milliseconds time);
-
-  static media::HostTime hostTime();
 
  private:
   /// Keeps what QCoreApplication goes on pointing to.

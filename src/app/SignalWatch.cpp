@@ -3,12 +3,11 @@
 #include <ctime>
 #include <utility>
 
+#include "app/EndingSignals.h"
+
 namespace vesk::app {
 
-SignalWatch::SignalWatch(std::function<void()> onSignal) {
-  sigemptyset(&watched_);
-  sigaddset(&watched_, SIGINT);
-  sigaddset(&watched_, SIGTERM);
+SignalWatch::SignalWatch(std::function<void()> onSignal) : watched_(endingSignals()) {
   pthread_sigmask(SIG_BLOCK, &watched_, &before_);
   thread_ = std::jthread([this, onSignal = std::move(onSignal)](const std::stop_token& stop) {
     constexpr timespec pollTime{.tv_sec = 0, .tv_nsec = 50'000'000};

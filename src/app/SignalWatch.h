@@ -6,8 +6,8 @@
 
 namespace vesk::app {
 
-/// While it lives, Ctrl-C and a request to terminate call a function, on a thread of its own,
-/// instead of ending the process. Threads started meanwhile leave these signals to it too.
+/// While it lives, the signals that ask the process to end call a function, on a thread of its own,
+/// instead of ending it. Threads started meanwhile leave these signals to it too.
 class SignalWatch {
  public:
   explicit SignalWatch(std::function<void()> onSignal);
@@ -16,7 +16,7 @@ class SignalWatch {
   ~SignalWatch();
 
  private:
-  sigset_t watched_{};
+  sigset_t watched_;
   sigset_t before_{};  ///< the signals that were blocked already
   std::jthread thread_;
 };

@@ -21,6 +21,7 @@
 #include "app/WindowFramesCommand.h"
 #include "app/WindowResizeCommand.h"
 #include "editor/SilentSoundOutput.h"
+#include "media/HostTime.h"
 
 namespace vesk::app {
 namespace {
@@ -36,7 +37,7 @@ int testPairing(const CommandContext& context) {
 
 int testEditRoundtrip(const CommandContext& context) {
   EditorStage stage(context.library(),
-                    std::make_unique<editor::SilentSoundOutput>(EditorStage::hostTime));
+                    std::make_unique<editor::SilentSoundOutput>(media::monotonicTime));
   return printOutcome(context,
                       checkEditRoundtrip(context.now, [&] { return stage.makeSession(); }));
 }

@@ -89,7 +89,6 @@ void PreviewRenderer::forgetPictures() {
   cameraVisibleFrom_ = 0;
   screen_.clear();
   camera_.clear();
-  showsCamera_ = false;
 }
 
 void PreviewRenderer::load(std::shared_ptr<const package::RecordingProject> project) {
@@ -141,12 +140,10 @@ std::expected<gpu::PixelRect, gpu::GpuError> PreviewRenderer::showScreen(
   return screen_.show(device_, frame, uniforms_);
 }
 
-std::expected<bool, gpu::GpuError> PreviewRenderer::showCamera(
-    const std::optional<media::VideoFrame>& frame) {
-  if (!frame) return std::exchange(showsCamera_, false);
-  const auto changed = camera_.show(device_, *frame, uniforms_);
+std::expected<bool, gpu::GpuError> PreviewRenderer::showCamera(const media::VideoFrame& frame) {
+  const auto changed = camera_.show(device_, frame, uniforms_);
   if (!changed) return std::unexpected(changed.error());
-  return !std::exchange(showsCamera_, true) || !changed->isEmpty();
+  return !changed->isEmpty();
 }
 
 double PreviewRenderer::cameraTime(double time) const {
@@ -162,7 +159,7 @@ bool PreviewRenderer::advanceCamera(double time) {
   if (!cameraReader_ || !showsCameraAt(time)) return false;
   const std::optional<media::VideoFrame>& frame = cameraReader_->frame(cameraTime(time));
   if (!frame) return false;
-  const auto changed = showCamera(frame);
+  const auto changed = showCamera(*frame);
   if (!changed) {
     package::log(package::LogCategory::render).error("camera: {}", changed.error().message);
   }
@@ -178,7 +175,7 @@ CompositePlan PreviewRenderer::plan(const motion::CameraPose& pose,
                        .pictureWidth = screen_.width(),
                        .pictureHeight = screen_.height(),
                        .cameraAspect = std::nullopt};
-  if (showsCamera_ && showsCameraAt(time)) {
+  if (!camera_.isEmpty() && showsCameraAt(time)) {
     scene.cameraAspect = cameraAspect(camera_.width(), camera_.height());
   }
   return planComposite(scene, pose, previousPose, time, rect, width, height);

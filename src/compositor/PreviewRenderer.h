@@ -71,9 +71,9 @@ class PreviewRenderer {
   /// @return its pixels that differ from those shown before.
   std::expected<gpu::PixelRect, gpu::GpuError> showScreen(const media::VideoFrame& frame);
 
-  /// Makes `frame` the camera's picture; nothing takes the camera's window away.
-  /// @return whether the picture differs from the one shown before.
-  std::expected<bool, gpu::GpuError> showCamera(const std::optional<media::VideoFrame>& frame);
+  /// Makes `frame` the camera's picture.
+  /// @return whether it differs from the one shown before.
+  std::expected<bool, gpu::GpuError> showCamera(const media::VideoFrame& frame);
 
   /// For a clone: reads on in "camera.mov" to the picture for `time`, which must not fall from call
   /// to call. A picture that cannot be had leaves the one before.
@@ -137,7 +137,6 @@ class PreviewRenderer {
   gpu::UniformBuffers uniforms_;
   PictureTexture screen_;
   PictureTexture camera_;
-  bool showsCamera_ = false;
   std::optional<CameraFrameReader> cameraReader_;  ///< of a clone
   double cameraOffset_ = 0;                        ///< see CameraClock.h
   double cameraVisibleFrom_ = 0;                   ///< seconds on the recording's clock

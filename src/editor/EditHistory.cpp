@@ -20,9 +20,10 @@ std::optional<package::EditDocument> step(std::vector<package::EditDocument>& fr
 }  // namespace
 
 void EditHistory::push(double now, double coalesce, const Snapshot& snapshot) {
-  // The window slides: one drag makes one step, however long it lasts.
-  const bool continues =
-      lastSnapshotAt_ && now - *lastSnapshotAt_ < coalesce && !undoStack_.empty();
+  // The window slides: one drag makes one step, however long it lasts. What follows an undo begins
+  // anew: a redo must not find it in its way.
+  const bool continues = lastSnapshotAt_ && now - *lastSnapshotAt_ < coalesce &&
+                         !undoStack_.empty() && redoStack_.empty();
   lastSnapshotAt_ = now;
   if (continues) return;
   undoStack_.push_back(snapshot());

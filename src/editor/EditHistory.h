@@ -14,7 +14,7 @@ class EditHistory {
   static constexpr std::size_t depth = 30;
 
   /// Remembers the document before a change, unless the change comes within `coalesce` seconds of
-  /// the one before and continues it.
+  /// the one before and continues it. After an undo it does not, and forgets what was undone.
   /// @param now seconds on a clock that does not go back.
   /// @param snapshot called only when it is to be remembered.
   void push(double now, double coalesce, const std::function<package::EditDocument()>& snapshot);

@@ -60,9 +60,8 @@ std::string_view name(TrackKind kind) {
 }
 
 std::string describe(const TrackSegment& segment) {
-  if (segment.isEmpty) return fmt::format("[空 {:.3f}+{:.3f}]", segment.target, segment.length);
-  return fmt::format("[目标 {:.3f}+{:.3f} ← 源 {:.3f}]", segment.target, segment.length,
-                     segment.source);
+  constexpr double source = 0;  // of every file its beginning
+  return fmt::format("[目标 {:.3f}+{:.3f} ← 源 {:.3f}]", segment.target, segment.length, source);
 }
 
 }  // namespace

@@ -9,12 +9,11 @@
 
 namespace vesk::editor {
 
-/// A stretch of a track: what it shows at `target` of the composition stands at `source` of its
-/// file. An empty one shows nothing. Seconds.
+/// A stretch of a track, which plays its file from the beginning. An empty one plays nothing.
+/// Seconds of the composition.
 struct TrackSegment {
-  double target = 0;
+  double target = 0;  ///< where it begins
   double length = 0;
-  double source = 0;
   bool isEmpty = false;
   bool operator==(const TrackSegment&) const = default;
 };

@@ -1,23 +1,18 @@
 #include "editor/Player.h"
 
 #include <algorithm>
-#include <cmath>
 #include <utility>
 
 #include "compositor/CameraClock.h"
+#include "media/SoundGain.h"
 #include "package/Log.h"
 #include "package/PackageFile.h"
 
 namespace vesk::editor {
 namespace {
 
-constexpr double loudest = 2;
 // A picture on the grid belongs to its own time, whatever the last bit of that says.
 constexpr double gridTolerance = 0.000001;
-
-double usedVolume(double volume) {
-  return std::isnan(volume) ? 1.0 : std::clamp(volume, 0.0, loudest);
-}
 
 }  // namespace
 
@@ -88,7 +83,7 @@ double Player::screenTime(double time) const {
 void Player::play(media::HostTime now) {
   if (isPlaying_) return;
   isPlaying_ = true;
-  soundDue_ = now + startDelay;
+  prepareSound(now);
 }
 
 void Player::pause(media::HostTime now) {
@@ -101,7 +96,7 @@ void Player::pause(media::HostTime now) {
 void Player::seek(double seconds, media::HostTime now) {
   sound_.stop();
   start_ = seconds;
-  if (isPlaying_) soundDue_ = now + startDelay;
+  if (isPlaying_) prepareSound(now);
   if (screen_) screen_->seek(screenTime(seconds));
   for (const SyncedPlayer& synced : syncedPlayers()) synced.pictures->seek(synced.time(seconds));
 }
@@ -112,8 +107,14 @@ void Player::advance(media::HostTime now) {
   startSound();
 }
 
-void Player::startSound() {
+/// Nothing reads meanwhile.
+void Player::prepareSound(media::HostTime now) {
   soundTracks_->seek(start_);
+  soundDue_ = now + startDelay;
+}
+
+void Player::startSound() {
+  if (sound_.isAudible()) soundTracks_->waitForSound();
   sound_.start([this](std::span<media::StereoSample> out) { soundTracks_->read(out); });
 }
 
@@ -148,10 +149,10 @@ void Player::waitForPictures(double time) const {
 
 void Player::setVolumes(double system, double mic) {
   const bool areAddressable = composition_.systemTrackID || composition_.micTrackID;
-  volume_ = areAddressable ? 1.0F : static_cast<float>(usedVolume(system));
+  volume_ = areAddressable ? 1.0F : static_cast<float>(media::usedGain(system));
   for (std::size_t clip = 0; clip < soundTrackIDs_.size(); ++clip) {
     const bool isMic = soundTrackIDs_[clip] == composition_.micTrackID;
-    soundTracks_->setGain(clip, usedVolume(isMic ? mic : system));
+    soundTracks_->setGain(clip, isMic ? mic : system);
   }
 }
 

@@ -73,6 +73,7 @@ class Player {
  private:
   void openCamera(const package::RecordingProject& project, const std::function<void()>& arrival);
   void openSound();
+  void prepareSound(media::HostTime now);
   void startSound();
   double screenTime(double time) const;
 

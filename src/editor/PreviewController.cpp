@@ -45,7 +45,8 @@ PreviewController::~PreviewController() = default;
 
 // Opening.
 
-void PreviewController::open(const std::filesystem::path& url) {
+void PreviewController::open(std::filesystem::path url) {
+  url = package::withoutTrailingSlash(url);
   flushSave();
   history_.clear();
   Q_EMIT historyChanged();
@@ -73,6 +74,8 @@ void PreviewController::bindProject(Project project) {
       std::make_unique<Player>(*project, surroundings_.sound, [this] { Q_EMIT pictureArrived(); });
   project_ = std::move(project);
   cursorTrack_.reset();
+  // Those of the recording before must not get into this one's document.
+  timeline_.segments.clear();
   duration_ = project_->duration();
   setCurrentTime(0);
   Q_EMIT projectChanged();
@@ -90,17 +93,16 @@ void PreviewController::loadDocument() {
                  : std::string("这份录制的编辑记录读不出来，已改用默认设置（原文件备份失败）")));
   }
   const EditDocument document = result.ok() != nullptr ? *result.ok() : EditDocument();
-  apply(document);
+  writeDocument(document);
   cursorTrack_.emplace(*project_);
   if (document.segments) {
     timeline_.sensitivity = sensitivityRaw_;
-    rebuildTrack();
     hasManualEdits_ = true;
+    rebuildTrack();
   } else {
     regenerate();
   }
   isLoadingDocument_ = false;
-  Q_EMIT timelineChanged();
 }
 
 void PreviewController::loadLatest() {
@@ -133,7 +135,11 @@ void PreviewController::unload() {
 }
 
 void PreviewController::loseRenderer() {
+  if (!hasRenderer_) return;
+  // While the session still knows the whole document.
+  if (saveTimer_.isActive()) flushSave();
   hasRenderer_ = false;
+  previewLog().warn("no renderer: changes are not saved from here on");
   setLoadError(text("Metal 初始化失败，这台机器可能不支持所需特性"));
 }
 
@@ -179,23 +185,26 @@ EditDocument PreviewController::snapshot() const {
 }
 
 void PreviewController::apply(const EditDocument& document) {
+  writeDocument(document);
+  if (hasRenderer_ && document.segments) rebuildTrack();
+}
+
+void PreviewController::writeDocument(const EditDocument& document) {
   sensitivityRaw_ = motion::sensitivityNamed(document.sensitivity);
   useAutoDetectionRaw_ = document.useAutoDetection;
   followSpeedRaw_ = document.followSpeed;
   if (!hasRenderer_) return;
-  applyLook(document);
+  writeLook(document);
   if (document.segments) {
     timeline_.segments.clear();
     std::ranges::transform(*document.segments, std::back_inserter(timeline_.segments),
                            motion::zoomSegment);
-    rebuildTrack();
-    Q_EMIT timelineChanged();
   }
   ++documentVersion_;
   Q_EMIT documentVersionChanged();
 }
 
-void PreviewController::applyLook(const EditDocument& document) {
+void PreviewController::writeLook(const EditDocument& document) {
   changeLook([&](compositor::CompositeSettings& look) {
     document.ripple.applyTo(look.rippleSettings);
     document.cursor.applyTo(look.cursorSettings);
@@ -242,7 +251,7 @@ void PreviewController::redo() {
 void PreviewController::stepHistory(const std::optional<EditDocument>& entry) {
   if (!entry) return;
   isLoadingDocument_ = true;
-  apply(*entry);
+  writeDocument(*entry);
   isLoadingDocument_ = false;
   rebuildTrack();
   // What the volumes are set to is to be heard as well.
@@ -257,7 +266,9 @@ void PreviewController::scheduleSave() {
 
 void PreviewController::flushSave() {
   saveTimer_.stop();
-  if (!project_) return;
+  // Without a renderer the session has read a part of the document only; written back, that would
+  // take the place of all the rest.
+  if (!project_ || !hasRenderer_) return;
   if (const auto saved = snapshot().save(project_->url); !saved) {
     previewLog().error("保存 edit.json 失败：{}", saved.error().message);
   }
@@ -296,10 +307,11 @@ void PreviewController::regenerate() {
 
 void PreviewController::rebuildTrack() {
   scheduleSave();
-  if (!project_ || !cursorTrack_) return;
-  for (ZoomSegment& segment : timeline_.segments) segment.followSpeed = followSpeedRaw_;
-  storeTrack();
-  setDensityWarning("");
+  if (project_ && cursorTrack_) {
+    for (ZoomSegment& segment : timeline_.segments) segment.followSpeed = followSpeedRaw_;
+    storeTrack();
+    setDensityWarning("");
+  }
   Q_EMIT timelineChanged();
 }
 
@@ -332,8 +344,15 @@ void PreviewController::play() {
 }
 
 void PreviewController::pause() {
-  if (!player_) return;
-  player_->pause(surroundings_.hostTime());
+  if (player_) pauseAt(surroundings_.hostTime());
+}
+
+void PreviewController::pauseAt(media::HostTime now) {
+  // What was heard since the last frame has been played as well.
+  if (isPlaying_) takeTime(now);
+  player_->pause(now);
+  // Beyond the end, or without a time, the player stands elsewhere than the session.
+  if (player_->currentTime(now) != currentTime_) player_->seek(currentTime_, now);
   setPlaying(false);
 }
 
@@ -361,18 +380,23 @@ void PreviewController::tick() {
   if (!isPlaying_ || !player_) return;
   const media::HostTime now = surroundings_.hostTime();
   player_->advance(now);
-  const double time = player_->currentTime(now);
+  const double time = takeTime(now);
   if (!std::isfinite(time)) return;
-  setCurrentTime(std::min(duration_, time));
+  // The recording's length decides, not the picture's, whose last one stands until then: a screen
+  // on which nothing moves any more gives no pictures.
   if (time >= duration_) {
-    player_->pause(now);
-    player_->seek(currentTime_, now);
-    setPlaying(false);
+    pauseAt(now);
   } else {
     endWatch_.start();
     // The next frame is wanted even where the time has not moved yet.
     Q_EMIT pictureChanged();
   }
+}
+
+double PreviewController::takeTime(media::HostTime now) {
+  const double time = player_->currentTime(now);
+  if (std::isfinite(time)) setCurrentTime(std::min(duration_, time));
+  return time;
 }
 
 void PreviewController::setCurrentTime(double time) {

@@ -63,12 +63,14 @@ class PreviewController : public QObject {
 
   // Opening.
 
-  void open(const std::filesystem::path& url);
+  /// @param url a package; a slash may follow its name.
+  void open(std::filesystem::path url);
   /// Opens the newest recording of the library.
   Q_INVOKABLE void loadLatest();
   void refreshAvailableRecordings();
   void unload();
-  /// The graphics cannot draw: the session goes on without a picture. There is no way back.
+  /// The graphics cannot draw: the session goes on without a picture, and saves nothing any more.
+  /// There is no way back.
   void loseRenderer();
 
   bool hasProject() const { return project_ != nullptr; }
@@ -165,7 +167,8 @@ class PreviewController : public QObject {
   Q_INVOKABLE void togglePlaying();
   Q_INVOKABLE void seek(double seconds);
   void applyVolumes();
-  /// Called before each frame that the window draws: takes the time from the player.
+  /// Takes the time from the player, and pauses at the end of the recording. To be called between
+  /// two frames that are drawn; where none is, the session calls it now and then.
   void tick();
 
   /// The screen's and the camera's picture for the current time, as far as they are decoded.
@@ -201,9 +204,15 @@ class PreviewController : public QObject {
   void setLoadError(const QString& error);
   void setCurrentTime(double time);
   void setPlaying(bool playing);
+  void pauseAt(media::HostTime now);
+  /// Follows the player, unless it has no time.
+  /// @return the player's time.
+  double takeTime(media::HostTime now);
   void bindProject(Project project);
   void loadDocument();
-  void applyLook(const package::EditDocument& document);
+  /// What apply does before it builds the camera's path.
+  void writeDocument(const package::EditDocument& document);
+  void writeLook(const package::EditDocument& document);
   void storeTrack();
   void setDensityWarning(std::string_view advice);
   void stepHistory(const std::optional<package::EditDocument>& entry);

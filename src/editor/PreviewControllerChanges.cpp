@@ -86,14 +86,13 @@ void PreviewController::changeVolumes(double system, double mic) {
 }
 
 ZoomSegment* PreviewController::editableSegment(const std::string& id) {
-  const auto found = std::ranges::find(timeline_.segments, id, &ZoomSegment::id);
-  return found == timeline_.segments.end() ? nullptr : &*found;
+  const ZoomSegment* const found = segment(id);
+  return found == nullptr ? nullptr : &timeline_.segments[found - timeline_.segments.data()];
 }
 
 void PreviewController::finishSegmentEdit() {
   hasManualEdits_ = true;
   rebuildTrack();
-  Q_EMIT timelineChanged();
 }
 
 void PreviewController::changeSegment(const std::string& id,

@@ -46,7 +46,8 @@ void PreviewPainter::take(const PreviewController& session, int width, int heigh
   renderer_->isPlaying = session.isPlaying();
   renderer_->currentTime = session.currentTime();
   screen_ = session.screenPicture();
-  camera_ = session.cameraPicture();
+  // What is not drawn need not be decoded.
+  camera_ = renderer_->settings.pip.enabled ? session.cameraPicture() : std::nullopt;
 }
 
 const gpu::Texture* PreviewPainter::fitTexture() {
@@ -56,10 +57,11 @@ const gpu::Texture* PreviewPainter::fitTexture() {
   if (target_ && target_->texture().width() == width && target_->texture().height() == height) {
     return &target_->texture();
   }
-  target_.reset();
+  // Whoever shows the old texture does so until it has the new one.
   auto target = CompositeTarget::create(device_, width, height);
   if (!target) {
     logFailure(target.error());
+    target_.reset();
     return nullptr;
   }
   target_ = std::move(*target);
@@ -77,7 +79,7 @@ compositor::PictureChanges PreviewPainter::showPictures() {
     }
   }
   if (camera_) {
-    if (const auto changed = renderer_->showCamera(camera_)) {
+    if (const auto changed = renderer_->showCamera(*camera_)) {
       changes.camera = *changed;
     } else {
       logFailure(changed.error());
@@ -87,11 +89,10 @@ compositor::PictureChanges PreviewPainter::showPictures() {
 }
 
 void PreviewPainter::draw() {
-  if (!std::exchange(isStale_, false)) return;
-  const gpu::Texture* const canvas = fitTexture();
-  if (canvas == nullptr) return;
+  if (!target_ || !std::exchange(isStale_, false)) return;
+  const gpu::Texture& canvas = target_->texture();
   const compositor::PictureChanges changes = showPictures();
-  target_->draw(*renderer_, renderer_->previewPlan(canvas->width(), canvas->height()), changes,
+  target_->draw(*renderer_, renderer_->previewPlan(canvas.width(), canvas.height()), changes,
                 compositor::PreviewRenderer::previewClearColor, CompositeTarget::Redraw::changed);
 }
 

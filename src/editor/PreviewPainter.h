@@ -26,13 +26,14 @@ class PreviewPainter {
   void take(const PreviewController& session, int width, int height);
 
   /// The texture for the size that was taken, row 0 at the top; its pixels come with draw(). Null
-  /// when there is not the memory for it. Valid until the size changes.
+  /// when there is not the memory for it. Valid until the size changes; the one for the new size
+  /// has another handle.
   const gpu::Texture* fitTexture();
 
   /// Whether something was taken that is not drawn yet.
   bool isStale() const { return isStale_; }
 
-  /// Brings the texture up to date with what was taken; does nothing when it is.
+  /// Brings the texture up to date with what was taken; does nothing when it is, or there is none.
   void draw();
 
   /// To read the finished frame back; null before there is a texture.

@@ -8,7 +8,7 @@
 namespace vesk::editor {
 
 /// A model of the rows that are in view at present. Going from one set of rows to the next it keeps
-/// all that stay, so that a view keeps what it made for them.
+/// all that stay, in whatever order, so that a view keeps what it made for them.
 /// @tparam Row a value with `key()`, which is ordered, tells the rows of a set apart and recognises
 /// a row in the next one.
 template <typename Row>
@@ -25,12 +25,7 @@ class RowsInView : public QAbstractListModel {
   void setRows(std::vector<Row> rows) {
     if (rows == rows_) return;
     removeAllBut(rows);
-    if (!standsInOrder(rows)) {
-      beginResetModel();
-      rows_ = std::move(rows);
-      endResetModel();
-      return;
-    }
+    if (!standsInOrder(rows)) bringInOrder(rows);
     insertMissing(rows);
     takeOver(std::move(rows));
   }
@@ -73,6 +68,25 @@ class RowsInView : public QAbstractListModel {
       if (found < rows_.size() && rows_[found].key() == row.key()) ++found;
     }
     return found == rows_.size();
+  }
+
+  /// Moves the rows that stayed until they follow each other as they do in `rows`.
+  void bringInOrder(const std::vector<Row>& rows) {
+    auto next = rows_.begin();
+    for (const Row& row : rows) {
+      const auto found = std::find_if(next, rows_.end(),
+                                      [&](const Row& stayed) { return stayed.key() == row.key(); });
+      if (found == rows_.end()) continue;
+      if (found != next) moveForward(found, next);
+      ++next;
+    }
+  }
+
+  void moveForward(std::vector<Row>::iterator from, std::vector<Row>::iterator to) {
+    const auto source = static_cast<int>(from - rows_.begin());
+    beginMoveRows({}, source, source, {}, static_cast<int>(to - rows_.begin()));
+    std::rotate(to, from, from + 1);
+    endMoveRows();
   }
 
   void insertMissing(const std::vector<Row>& rows) {

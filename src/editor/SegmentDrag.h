@@ -16,6 +16,7 @@ struct DragState {
   std::string id;
   Mode mode = Mode::move;
   double startX = 0;     ///< where the gesture began
+  double pxPerSec = 24;  ///< the scale of the lanes
   double origStart = 0;  ///< the segment's start when it began
   double origEnd = 0;
   std::optional<double> snapped;  ///< the time last snapped to
@@ -25,9 +26,11 @@ struct DragState {
 /// How far the pointer must go before a gesture begins, in points.
 double leastDistance(DragState::Mode mode);
 
+/// The same gesture on lanes of another scale: it began at the same moment of the recording.
+DragState rescaled(DragState drag, double pxPerSec);
+
 /// What a drag happens on.
 struct DragSurroundings {
-  double pxPerSec = 24;
   double duration = 0;                     ///< of the session, in seconds
   std::span<const double> snapCandidates;  ///< in order of preference; none for no snapping
 };
@@ -39,8 +42,8 @@ struct DraggedTimes {
   bool operator==(const DraggedTimes&) const = default;
 };
 
-/// Where a segment lies with the pointer at x. A move keeps its length and snaps with its left
-/// edge; a trim keeps the other edge. Segments may come to overlap.
+/// Where a segment lies with the pointer at x, on lanes of the drag's scale. A move keeps its
+/// length and snaps with its left edge; a trim keeps the other edge. Segments may come to overlap.
 DraggedTimes draggedTimes(const DragState& drag, double x, const DragSurroundings& surroundings);
 
 }  // namespace vesk::editor

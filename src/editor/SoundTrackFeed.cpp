@@ -1,6 +1,7 @@
 #include "editor/SoundTrackFeed.h"
 
 #include <algorithm>
+#include <array>
 #include <atomic>
 #include <cassert>
 #include <chrono>
@@ -15,6 +16,7 @@
 
 #include "editor/SoundRing.h"
 #include "media/PeakLimiter.h"
+#include "media/SoundGain.h"
 #include "media/SoundReader.h"
 #include "package/Log.h"
 
@@ -26,19 +28,15 @@ using media::StereoSample;
 
 constexpr std::size_t ringLength = soundRate;  ///< how far decoding runs ahead
 constexpr std::size_t blockLength = 2048;      ///< decoded at one go
+constexpr std::size_t pieceLength = 1024;      ///< mixed at one go
 constexpr std::size_t enoughToPlay = soundRate / 10;
 constexpr std::chrono::milliseconds longestWait{200};
-constexpr float mostGain = 2;
 /// So that any change of a gain is done within 10 ms.
-constexpr float gainStep = mostGain / (soundRate / 100.0F);
+constexpr auto gainStep = static_cast<float>(media::strongestGain / (soundRate / 100.0));
 
 std::int64_t samples(double seconds) {
   constexpr double most = 1e15;
   return seconds > 0 ? std::llround(std::min(seconds * soundRate, most)) : 0;
-}
-
-float gainFrom(double value) {
-  return std::isnan(value) ? 1 : static_cast<float>(std::clamp(value, 0.0, double{mostGain}));
 }
 
 /// A clip as the decoder goes through it.
@@ -81,7 +79,9 @@ class Track {
 /// A gain that slides to where it was set.
 class Gain {
  public:
-  void set(double value) { target_.store(gainFrom(value), std::memory_order_relaxed); }
+  void set(double value) {
+    target_.store(static_cast<float>(media::usedGain(value)), std::memory_order_relaxed);
+  }
   void settle() { current_ = target_.load(std::memory_order_relaxed); }
   float next() {
     current_ += std::clamp(target_.load(std::memory_order_relaxed) - current_, -gainStep, gainStep);
@@ -100,6 +100,7 @@ class SoundTrackFeed::Worker {
   explicit Worker(const std::vector<media::SoundClip>& clips)
       : tracks_{clips.begin(), clips.end()}, gains_(clips.size()), ring_{clips.size(), ringLength} {
     for (const Track& track : tracks_) end_ = std::max(end_, track.end());
+    limited_.reserve(pieceLength);
     thread_ = std::jthread{[this](const std::stop_token& stop) { run(stop); }};
   }
   Worker(const Worker&) = delete;
@@ -114,6 +115,7 @@ class SoundTrackFeed::Worker {
     gains_[clip].set(gain);
   }
   void seek(double time);
+  void waitForSound();
   void read(std::span<StereoSample> out);
 
  private:
@@ -121,16 +123,18 @@ class SoundTrackFeed::Worker {
   bool decode();
   void wake();
   [[nodiscard]] bool canPlay() const;
-  void mix(std::size_t count);
+  void readPiece(std::span<StereoSample> out, std::int64_t decodedEnd);
+  std::span<const StereoSample> mix(std::size_t count, std::int64_t decodedEnd);
 
   // The decoder's.
   std::vector<Track> tracks_;
 
   // The player's.
   std::vector<Gain> gains_;
+  bool isAtRest_ = true;  ///< nothing has been read since the last move
   media::PeakLimiter limiter_;
-  std::vector<StereoSample> mixed_;
-  std::vector<StereoSample> limited_;  ///< what waits to be read
+  std::array<StereoSample, pieceLength> mixed_{};
+  std::vector<StereoSample> limited_;
 
   // Between them.
   std::int64_t end_ = 0;  ///< of the last clip; behind it nothing is decoded
@@ -180,11 +184,13 @@ void SoundTrackFeed::Worker::wake() {
 }
 
 void SoundTrackFeed::Worker::seek(double time) {
-  for (Gain& gain : gains_) gain.settle();
-  limiter_ = {};
-  limited_.clear();
+  isAtRest_ = true;
+  limiter_.reset();
   ring_.jump(samples(time));
   wake();
+}
+
+void SoundTrackFeed::Worker::waitForSound() {
   std::unique_lock lock{progressMutex_};
   progress_.wait_for(lock, longestWait, [this] { return canPlay(); });
 }
@@ -196,19 +202,32 @@ bool SoundTrackFeed::Worker::canPlay() const {
 }
 
 void SoundTrackFeed::Worker::read(std::span<StereoSample> out) {
-  while (limited_.size() < out.size()) {  // the limiter keeps some back at first
-    mix(out.size() - limited_.size());
-    limiter_.push(mixed_, limited_);
+  if (std::exchange(isAtRest_, false)) {
+    for (Gain& gain : gains_) gain.settle();
   }
-  const auto end = limited_.begin() + std::ssize(out);
-  std::copy(limited_.begin(), end, out.begin());
-  limited_.erase(limited_.begin(), end);
+  const std::int64_t decodedEnd =
+      ring_.readPosition() + static_cast<std::int64_t>(ring_.available());
+  while (!out.empty()) {
+    const auto piece = out.first(std::min(out.size(), pieceLength));
+    readPiece(piece, decodedEnd);
+    out = out.subspan(piece.size());
+  }
   wake();
 }
 
-void SoundTrackFeed::Worker::mix(std::size_t count) {
-  mixed_.assign(count, StereoSample{});
-  const std::size_t decoded = std::min(count, ring_.available());
+void SoundTrackFeed::Worker::readPiece(std::span<StereoSample> out, std::int64_t decodedEnd) {
+  limited_.clear();
+  while (limited_.size() < out.size()) {  // the limiter keeps some back at first
+    limiter_.push(mix(out.size() - limited_.size(), decodedEnd), limited_);
+  }
+  std::ranges::copy(limited_, out.begin());
+}
+
+std::span<const StereoSample> SoundTrackFeed::Worker::mix(std::size_t count,
+                                                          std::int64_t decodedEnd) {
+  std::ranges::fill(std::span{mixed_}.first(count), StereoSample{});
+  const auto decoded = static_cast<std::size_t>(std::clamp(
+      decodedEnd - ring_.readPosition(), std::int64_t{0}, static_cast<std::int64_t>(count)));
   for (std::size_t track = 0; track < gains_.size(); ++track) {
     for (std::size_t index = 0; index < decoded; ++index) {
       const StereoSample& sample = ring_.at(track, index);
@@ -218,6 +237,7 @@ void SoundTrackFeed::Worker::mix(std::size_t count) {
     }
   }
   ring_.advance(count);
+  return std::span{mixed_}.first(count);
 }
 
 SoundTrackFeed::SoundTrackFeed(const std::vector<media::SoundClip>& clips)
@@ -231,6 +251,10 @@ void SoundTrackFeed::setGain(std::size_t clip, double gain) {
 
 void SoundTrackFeed::seek(double time) {
   worker_->seek(time);
+}
+
+void SoundTrackFeed::waitForSound() {
+  worker_->waitForSound();
 }
 
 void SoundTrackFeed::read(std::span<StereoSample> out) {

@@ -25,13 +25,16 @@ class SoundTrackFeed {
   /// that nothing clicks.
   void setGain(std::size_t clip, double gain);
 
-  /// Moves to the sample at `time` seconds and returns when there is sound to play from there on,
-  /// or after 0.2 s. Not while something reads.
+  /// Moves to the sample at `time` seconds and has it decoded from there on. Not while something
+  /// reads. What the gains are by the first read is there at once.
   void seek(double time);
 
-  /// Gives the samples that follow, behind the end of all clips silence. Does not wait for the
-  /// decoder: where it is late there is silence, and what came too late is left out, so that the
-  /// sound stays in its place. To be called by one thread at a time.
+  /// Returns when there is sound to play from where it was moved to, or after 0.2 s.
+  void waitForSound();
+
+  /// Gives the samples that follow, behind the end of all clips silence. Neither allocates nor
+  /// waits for the decoder: where it is late there is silence, and what came too late is left out,
+  /// so that the sound stays in its place. To be called by one thread at a time.
   void read(std::span<media::StereoSample> out);
 
  private:

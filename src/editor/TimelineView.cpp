@@ -20,7 +20,7 @@ TimelineView::TimelineView(PreviewController& preview, EditorUIState& ui, QObjec
   connect(&preview_, &PreviewController::timelineChanged, this, &TimelineView::takeTimeline);
   connect(&preview_, &PreviewController::currentTimeChanged, this, &TimelineView::followPlayhead);
   connect(&ui_, &EditorUIState::selectedSegmentIDChanged, this, &TimelineView::selectionChanged);
-  connect(&viewport_, &TimelineViewport::scaleChanged, this, &TimelineView::playheadChanged);
+  connect(&viewport_, &TimelineViewport::scaleChanged, this, &TimelineView::takeScale);
   connect(&viewport_, &TimelineViewport::rangeChanged, this, &TimelineView::updateRows);
   takeProject();
 }
@@ -38,10 +38,17 @@ void TimelineView::takeProject() {
 }
 
 void TimelineView::takeTimeline() {
+  // Its block goes with a segment and tells of no end.
+  if (gesture_ && preview_.segment(gesture_->id) == nullptr) dropDrag();
   updateMarkers();
   updateSegments();
   Q_EMIT hasManualEditsChanged();
   Q_EMIT selectionChanged();
+}
+
+void TimelineView::takeScale() {
+  rescaleDrag();
+  Q_EMIT playheadChanged();
 }
 
 void TimelineView::updateRows() {
@@ -66,7 +73,7 @@ void TimelineView::updateMarkers() {
 
 void TimelineView::updateSegments() {
   segments_.setRows(segmentsIn(preview_.timeline().segments, viewport_.range(),
-                               drag_ ? drag_->id : std::string()));
+                               gesture_ ? gesture_->id : std::string()));
 }
 
 // The playhead and the scale.
@@ -76,9 +83,11 @@ QString TimelineView::playheadText() const {
 }
 
 void TimelineView::followPlayhead() {
-  // A playhead that was out of view is left alone: the user looks at something else.
+  // A playhead that was out of view is left alone: the user looks at something else. Nor is a
+  // segment drawn away from under the pointer.
   const double x = playheadX();
-  if (playheadWasSeen_ && !viewport_.isSeen(x) && !drag_) viewport_.turnPage(x);
+  const bool leaves = playheadWasSeen_ && !viewport_.isSeen(x);
+  if (leaves && !gesture_) viewport_.turnPage(x);
   playheadWasSeen_ = viewport_.isSeen(x);
   Q_EMIT playheadChanged();
 }
@@ -89,21 +98,21 @@ void TimelineView::scrub(double x) {
   preview_.seek(viewport_.timeAt(x));
 }
 
-double TimelineView::zoomAnchor() const {
+double TimelineView::zoomCentre() const {
   const double x = playheadX();
-  return viewport_.isSeen(x) ? x - viewport_.contentX() : viewport_.width() / 2;
+  return viewport_.isSeen(x) ? x : viewport_.contentX() + viewport_.width() / 2;
 }
 
 void TimelineView::zoomIn() {
-  viewport_.setScale(zoomedIn(viewport_.pxPerSec()), zoomAnchor());
+  viewport_.setScale(zoomedIn(viewport_.pxPerSec()), zoomCentre());
 }
 
 void TimelineView::zoomOut() {
-  viewport_.setScale(zoomedOut(viewport_.pxPerSec()), zoomAnchor());
+  viewport_.setScale(zoomedOut(viewport_.pxPerSec()), zoomCentre());
 }
 
 void TimelineView::fit() {
-  viewport_.setScale(fittedScale(preview_.duration(), viewport_.pxPerSec()), zoomAnchor());
+  viewport_.setScale(fittedScale(preview_.duration(), viewport_.pxPerSec()), zoomCentre());
 }
 
 // The markers.
@@ -173,8 +182,9 @@ void TimelineView::stepSelection(int count) {
   if (byStart.empty()) return;
   std::ranges::stable_sort(byStart, {}, &ZoomSegment::start);
   const auto selected = std::ranges::find(byStart, selection());
-  const auto atPlayhead =
-      std::ranges::lower_bound(byStart, preview_.currentTime(), {}, &ZoomSegment::end);
+  // They may overlap, so that their ends stand in any order.
+  const auto atPlayhead = std::ranges::find_if(
+      byStart, [now = preview_.currentTime()](auto* segment) { return segment->end >= now; });
   const std::ptrdiff_t next =
       selected == byStart.end() ? atPlayhead - byStart.begin() : selected - byStart.begin() + count;
   const ZoomSegment& segment =

@@ -110,7 +110,8 @@ class TimelineView : public QObject {
   Q_INVOKABLE void deleteSegment(const QString& id);
 
   // A gesture on a segment: it begins with the pointer's press and is a drag once the pointer has
-  // gone far enough. While one goes on, those of other segments are ignored.
+  // gone far enough. While one goes on, those of other segments are ignored. It ends with its
+  // segment, if that goes.
 
   Q_INVOKABLE void beginMove(const QString& id, double x);
   Q_INVOKABLE void beginTrimL(const QString& id, double x);
@@ -118,8 +119,8 @@ class TimelineView : public QObject {
   /// @param isFree whether the edge is to go where the pointer is and not to snap.
   Q_INVOKABLE void drag(const QString& id, double x, bool isFree);
   Q_INVOKABLE void endDrag(const QString& id);
-  bool isDragging() const { return drag_.has_value(); }
-  const std::optional<DragState>& dragState() const { return drag_; }
+  bool isDragging() const { return isDragging_; }
+  std::optional<DragState> dragState() const { return isDragging_ ? gesture_ : std::nullopt; }
 
   const std::optional<HoverInfo>& hoverInfo() const { return hoverInfo_; }
   bool isHovering() const { return hoverInfo_.has_value(); }
@@ -138,18 +139,21 @@ class TimelineView : public QObject {
  private:
   void takeProject();
   void takeTimeline();
+  void takeScale();
   void updateRows();
   void updateMarkers();
   void updateSegments();
   void followPlayhead();
-  double zoomAnchor() const;
+  double zoomCentre() const;
   const motion::ZoomSegment* selection() const;
   void selectAdded(const std::optional<std::string>& id);
   const TimelineMarker* marker() const;
   void setCurrentMarker(qlonglong number);
   void beginDrag(const QString& id, DragState::Mode mode, double x);
-  bool startDrag(const std::string& id, double x);
+  bool startDrag(double x);
+  void showTrimmedEdge(const DraggedTimes& times);
   void dropDrag();
+  void rescaleDrag();
   void setHoverInfo(std::optional<HoverInfo> info);
 
   PreviewController& preview_;
@@ -163,8 +167,8 @@ class TimelineView : public QObject {
   SnapMarks snapMarks_;
   qlonglong currentMarker_ = -1;
   bool playheadWasSeen_ = false;
-  std::optional<DragState> press_;  ///< a gesture that is no drag yet
-  std::optional<DragState> drag_;
+  std::optional<DragState> gesture_;  ///< from the press on
+  bool isDragging_ = false;           ///< the pointer has gone far enough
   std::optional<HoverInfo> hoverInfo_;
 };
 

@@ -23,59 +23,67 @@ void TimelineView::beginTrimR(const QString& id, double x) {
 }
 
 void TimelineView::beginDrag(const QString& id, Mode mode, double x) {
-  if (drag_ || !std::isfinite(x)) return;
-  press_ = DragState{.id = id.toStdString(), .mode = mode, .startX = x};
+  if (isDragging_ || !std::isfinite(x)) return;
+  gesture_ = DragState{
+      .id = id.toStdString(), .mode = mode, .startX = x, .pxPerSec = viewport_.pxPerSec()};
 }
 
-bool TimelineView::startDrag(const std::string& id, double x) {
-  if (!press_ || press_->id != id) return false;
-  if (std::abs(x - press_->startX) < leastDistance(press_->mode)) return false;
-  const motion::ZoomSegment* const segment = preview_.segment(id);
+bool TimelineView::startDrag(double x) {
+  if (std::abs(x - gesture_->startX) < leastDistance(gesture_->mode)) return false;
+  const motion::ZoomSegment* const segment = preview_.segment(gesture_->id);
   if (segment == nullptr) return false;
-  drag_ = std::exchange(press_, std::nullopt);
-  drag_->origStart = segment->start;
-  drag_->origEnd = segment->end;
-  ui_.setSelectedSegmentID(QString::fromStdString(id));
+  isDragging_ = true;
+  gesture_->origStart = segment->start;
+  gesture_->origEnd = segment->end;
+  ui_.setSelectedSegmentID(QString::fromStdString(gesture_->id));
   Q_EMIT dragChanged();
   return true;
 }
 
 void TimelineView::drag(const QString& id, double x, bool isFree) {
-  const std::string dragged = id.toStdString();
-  if (!std::isfinite(x) || (!drag_ && !startDrag(dragged, x)) || drag_->id != dragged) return;
+  if (!std::isfinite(x) || !gesture_ || gesture_->id != id.toStdString()) return;
+  if (!isDragging_ && !startDrag(x)) return;
   viewport_.reveal(std::clamp(x, 0.0, viewport_.contentWidth()));
   std::vector<double> candidates;
   if (!isFree) {
-    candidates =
-        snapCandidates(preview_.currentTime(), snapMarks_, preview_.timeline().segments, dragged);
+    candidates = snapCandidates(preview_.currentTime(), snapMarks_, preview_.timeline().segments,
+                                gesture_->id);
   }
-  const DraggedTimes times = draggedTimes(*drag_, x,
-                                          {.pxPerSec = viewport_.pxPerSec(),
-                                           .duration = preview_.duration(),
-                                           .snapCandidates = candidates});
-  drag_->snapped = times.snapped;
-  preview_.setSegmentTimes(dragged, times.start, times.end);
-  if (drag_->mode == Mode::trimL) {
+  const DraggedTimes times =
+      draggedTimes(*gesture_, x, {.duration = preview_.duration(), .snapCandidates = candidates});
+  gesture_->snapped = times.snapped;
+  showTrimmedEdge(times);
+  preview_.setSegmentTimes(gesture_->id, times.start, times.end);
+}
+
+void TimelineView::showTrimmedEdge(const DraggedTimes& times) {
+  if (gesture_->mode == Mode::trimL) {
     setHoverInfo(HoverInfo{times.start, "起点", viewport_.xOf(times.start)});
-  } else if (drag_->mode == Mode::trimR) {
+  } else if (gesture_->mode == Mode::trimR) {
     setHoverInfo(HoverInfo{times.end, "终点", viewport_.xOf(times.end)});
   }
 }
 
 void TimelineView::endDrag(const QString& id) {
-  const std::string ended = id.toStdString();
-  if (press_ && press_->id == ended) press_.reset();
-  if (!drag_ || drag_->id != ended) return;
+  if (!gesture_ || gesture_->id != id.toStdString()) return;
+  const bool wasDragging = isDragging_;
   dropDrag();
-  preview_.rebuildTrack();
+  if (wasDragging) preview_.rebuildTrack();
 }
 
 void TimelineView::dropDrag() {
-  press_.reset();
+  gesture_.reset();
+  const bool wasDragging = std::exchange(isDragging_, false);
   setHoverInfo(std::nullopt);
-  if (!drag_) return;
-  drag_.reset();
-  Q_EMIT dragChanged();
+  updateSegments();
+  if (wasDragging) Q_EMIT dragChanged();
+}
+
+void TimelineView::rescaleDrag() {
+  if (gesture_) gesture_ = rescaled(*std::move(gesture_), viewport_.pxPerSec());
+  if (hoverInfo_) {
+    setHoverInfo(HoverInfo{hoverInfo_->time, hoverInfo_->label, viewport_.xOf(hoverInfo_->time)});
+  }
 }
 
 void TimelineView::setHoverInfo(std::optional<HoverInfo> info) {

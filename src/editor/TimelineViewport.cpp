@@ -42,14 +42,14 @@ double TimelineViewport::contentWidth() const {
 
 double TimelineViewport::bounded(double x, double pxPerSec) const {
   const double furthest = std::max(std::ceil(duration_ * pxPerSec - width_), 0.0);
-  return std::clamp(std::round(x), 0.0, furthest);
+  return std::clamp(x, 0.0, furthest);
 }
 
 void TimelineViewport::setContentX(double x) {
   if (!std::isfinite(x)) return;
-  const double kept = bounded(x, pxPerSec());
-  if (kept == contentX_) return;
-  contentX_ = kept;
+  const double before = contentX();
+  exactX_ = bounded(x, pxPerSec());
+  if (contentX() == before) return;
   Q_EMIT contentXChanged();
   Q_EMIT rangeChanged();
 }
@@ -57,7 +57,7 @@ void TimelineViewport::setContentX(double x) {
 void TimelineViewport::setWidth(double width) {
   if (!std::isfinite(width) || width == width_) return;
   width_ = std::max(width, 0.0);
-  contentX_ = bounded(contentX_, pxPerSec());
+  exactX_ = bounded(exactX_, pxPerSec());
   Q_EMIT widthChanged();
   Q_EMIT contentXChanged();
   Q_EMIT rangeChanged();
@@ -67,26 +67,25 @@ void TimelineViewport::setDuration(double duration) {
   const double length = std::isnan(duration) ? 0 : std::clamp(duration, 0.0, mostSeconds);
   if (length == duration_) return;
   duration_ = length;
-  contentX_ = bounded(contentX_, pxPerSec());
+  exactX_ = bounded(exactX_, pxPerSec());
   Q_EMIT contentWidthChanged();
   Q_EMIT contentXChanged();
   Q_EMIT rangeChanged();
 }
 
 TimeRange TimelineViewport::range() const {
-  return {.from = timeAt(contentX_ - margin), .to = timeAt(contentX_ + width_ + margin)};
+  return {.from = timeAt(contentX() - margin), .to = timeAt(contentX() + width_ + margin)};
 }
 
-void TimelineViewport::setScale(double pxPerSec, double anchor) {
-  if (!std::isfinite(pxPerSec * anchor) || !(pxPerSec > 0) || pxPerSec == ui_.pxPerSec()) return;
+void TimelineViewport::setScale(double pxPerSec, double x) {
+  if (!std::isfinite(pxPerSec * x) || !(pxPerSec > 0) || pxPerSec == ui_.pxPerSec()) return;
   // Scrolled first, for both to be told at once: in between, other rows would be in view.
-  const double time = timeAt(contentX_ + anchor);
-  contentX_ = bounded(time * pxPerSec - anchor, pxPerSec);
+  exactX_ = bounded(timeAt(x) * pxPerSec - (x - exactX_), pxPerSec);
   ui_.setPxPerSec(pxPerSec);
 }
 
 void TimelineViewport::takeScale() {
-  contentX_ = bounded(contentX_, pxPerSec());
+  exactX_ = bounded(exactX_, pxPerSec());
   Q_EMIT scaleChanged();
   Q_EMIT contentWidthChanged();
   Q_EMIT contentXChanged();
@@ -96,11 +95,11 @@ void TimelineViewport::takeScale() {
 void TimelineViewport::zoomBy(double factor, double anchor) {
   // A short recording may be fitted at more than the most; that is no reason to jump.
   const double most = std::max(pxPerSec(), mostPxPerSec);
-  setScale(std::clamp(pxPerSec() * factor, leastPxPerSec, most), anchor);
+  setScale(std::clamp(pxPerSec() * factor, leastPxPerSec, most), exactX_ + anchor);
 }
 
 void TimelineViewport::scrollBy(double points) {
-  setContentX(contentX_ + points);
+  setContentX(exactX_ + points);
 }
 
 void TimelineViewport::wheel(QPoint pixels, QPoint angle, bool isZooming, double pointer) {
@@ -112,15 +111,15 @@ void TimelineViewport::wheel(QPoint pixels, QPoint angle, bool isZooming, double
 }
 
 void TimelineViewport::reveal(double x) {
-  if (x < contentX_) {
+  if (x < contentX()) {
     setContentX(std::floor(x));
-  } else if (x > contentX_ + width_) {
+  } else if (x > contentX() + width_) {
     setContentX(std::ceil(x - width_));
   }
 }
 
 void TimelineViewport::turnPage(double x) {
-  const double kept = x < contentX_ ? 1 - keptShare : keptShare;
+  const double kept = x < contentX() ? 1 - keptShare : keptShare;
   setContentX(x - kept * width_);
 }
 

@@ -2,6 +2,7 @@
 
 #include <QObject>
 #include <QPoint>
+#include <cmath>
 
 #include "editor/EditorUIState.h"
 #include "editor/TimeRange.h"
@@ -16,7 +17,8 @@ class TimelineViewport : public QObject {
   Q_PROPERTY(bool canZoomIn READ canZoomIn NOTIFY scaleChanged)
   Q_PROPERTY(bool canZoomOut READ canZoomOut NOTIFY scaleChanged)
   Q_PROPERTY(double contentWidth READ contentWidth NOTIFY contentWidthChanged)
-  /// The left edge of what is seen, in whole points, so that nothing is drawn between pixels.
+  /// The left edge of what is seen, in whole points, so that nothing is drawn between pixels. What
+  /// is set counts with its fractions, so that small steps add up.
   Q_PROPERTY(double contentX READ contentX WRITE setContentX NOTIFY contentXChanged)
   Q_PROPERTY(double width READ width WRITE setWidth NOTIFY widthChanged)
 
@@ -28,7 +30,7 @@ class TimelineViewport : public QObject {
   bool canZoomIn() const;
   bool canZoomOut() const;
   double contentWidth() const;
-  double contentX() const { return contentX_; }
+  double contentX() const { return std::round(exactX_); }
   void setContentX(double x);
   double width() const { return width_; }
   void setWidth(double width);
@@ -39,13 +41,14 @@ class TimelineViewport : public QObject {
 
   double xOf(double time) const { return time * pxPerSec(); }
   double timeAt(double x) const { return x / pxPerSec(); }
-  bool isSeen(double x) const { return contentX_ <= x && x <= contentX_ + width_; }
+  bool isSeen(double x) const { return contentX() <= x && x <= contentX() + width_; }
   /// What is seen, and a margin on either side for what reaches in from there.
   TimeRange range() const;
 
-  /// Changes the scale; the point `anchor` of the window stays at its time.
-  void setScale(double pxPerSec, double anchor);
-  /// Changes the scale by a factor, within its bounds.
+  /// Changes the scale; what lies at x stays where it is in the window.
+  void setScale(double pxPerSec, double x);
+  /// Changes the scale by a factor, within its bounds; the point `anchor` of the window stays at
+  /// its time.
   Q_INVOKABLE void zoomBy(double factor, double anchor);
   Q_INVOKABLE void scrollBy(double points);
   /// A turn of the wheel or a stroke on the touchpad: scrolls along the lanes, whichever way it
@@ -72,7 +75,7 @@ class TimelineViewport : public QObject {
 
   EditorUIState& ui_;
   double duration_ = 0;
-  double contentX_ = 0;
+  double exactX_ = 0;
   double width_ = 0;
 };
 

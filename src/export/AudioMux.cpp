@@ -16,6 +16,7 @@
 
 #include "export/TemporaryFile.h"
 #include "media/PictureDuration.h"
+#include "media/SoundGain.h"
 #include "media/SoundTrackInfo.h"
 #include "package/FileError.h"
 #include "package/Log.h"
@@ -28,7 +29,6 @@ namespace fs = std::filesystem;
 using media::Container;
 using media::MediaError;
 
-constexpr float strongestGain = 2;
 constexpr float audibleDifference = 0.001F;
 constexpr double noticeableOffset = 0.05;  ///< seconds
 constexpr double offsetsPerSecond = 600;   ///< the narration's start is kept in this unit
@@ -43,10 +43,6 @@ struct Track {
 
 spdlog::logger& exportLog() {
   return package::log(package::LogCategory::exporting);
-}
-
-float usedGain(double gain) {
-  return std::isnan(gain) ? 1.0F : static_cast<float>(std::clamp(gain, 0.0, double{strongestGain}));
 }
 
 /// How long after the first picture the narration starts, in seconds.
@@ -99,7 +95,7 @@ void AudioMux::addSystemSound(const fs::path& file, const media::SoundTrackInfo&
                               double gain) {
   tracks_.push_back({.id = nextId_++,
                      .clip = {.file = file, .length = std::min(info.duration, duration_)},
-                     .gain = usedGain(gain),
+                     .gain = static_cast<float>(media::usedGain(gain)),
                      .isCopyable = info.fits(container_)});
 }
 
@@ -112,7 +108,7 @@ void AudioMux::addNarration(const fs::path& file, const package::RecordingMeta& 
   if (length > 0) {
     tracks_.push_back({.id = id,
                        .clip = {.file = file, .start = offset, .length = length},
-                       .gain = usedGain(gain),
+                       .gain = static_cast<float>(media::usedGain(gain)),
                        .isCopyable = info->fits(container_)});
   }
   if (offset > noticeableOffset) {

@@ -13,6 +13,8 @@ constexpr float fullScale = 1;
 /// the change of the gain itself.
 constexpr double ceiling = 0.98;
 constexpr float absurd = 1e6F;
+/// So many samples wait until those that are spent are dropped all at once.
+constexpr std::size_t lineRoom = 1024;
 
 // Reductions, 1 - gain, are whole numbers of this unit.
 constexpr std::int64_t unit = std::int64_t{1} << 30;
@@ -42,8 +44,7 @@ std::int64_t reductionFor(float peak) {
 
 }  // namespace
 
-PeakLimiter::PeakLimiter()
-    : line_(tapCount), lineStart_(-static_cast<std::int64_t>(tapCount)), loudUntil_(lineStart_) {
+PeakLimiter::PeakLimiter() {
   constexpr double beta = 8;
   constexpr double half = tapCount / 2.0;
   float strongest = 1;
@@ -59,18 +60,34 @@ PeakLimiter::PeakLimiter()
     strongest = std::max(strongest, sum);
   }
   quiet_ = fullScale / strongest;
+  line_.reserve(lineRoom);
+  reset();
+}
+
+void PeakLimiter::reset() {
+  line_.assign(tapCount, {});
+  lineStart_ = -static_cast<std::int64_t>(tapCount);
+  loudUntil_ = lineStart_;
+  previousPeak_ = 0;
+  needs_ = {};
+  released_ = 0;
+  first_ = {};
+  second_ = {};
 }
 
 void PeakLimiter::push(std::span<const StereoSample> in, std::vector<StereoSample>& out) {
   for (const StereoSample& sample : in) {
+    if (line_.size() == lineRoom) {
+      dropSpent();
+    }
     take({audible(sample.left), audible(sample.right)}, out);
   }
-  const std::size_t needed = tapCount + static_cast<std::size_t>(lookAhead);
-  if (line_.size() > needed) {
-    const std::size_t spent = line_.size() - needed;
-    line_.erase(line_.begin(), line_.begin() + static_cast<std::ptrdiff_t>(spent));
-    lineStart_ += static_cast<std::int64_t>(spent);
-  }
+}
+
+void PeakLimiter::dropSpent() {
+  constexpr std::size_t spent = lineRoom - (tapCount + static_cast<std::size_t>(lookAhead));
+  line_.erase(line_.begin(), line_.begin() + static_cast<std::ptrdiff_t>(spent));
+  lineStart_ += static_cast<std::int64_t>(spent);
 }
 
 void PeakLimiter::finish(std::vector<StereoSample>& out) {
@@ -124,19 +141,19 @@ float PeakLimiter::peakBehind(std::size_t newest) {
 /// The strongest reduction that a sample within the look-ahead needs, let go slowly.
 std::int64_t PeakLimiter::heldReduction(std::int64_t index, float peak) {
   if (const std::int64_t reduction = reductionFor(peak); reduction > 0) {
-    while (!needs_.empty() && needs_.back().reduction <= reduction) {
-      needs_.pop_back();
+    while (!needs_.isEmpty() && needs_.back().reduction <= reduction) {
+      needs_.popBack();
     }
-    needs_.push_back({index, reduction});
+    needs_.pushBack({index, reduction});
   }
-  if (!needs_.empty() && needs_.front().index < index - lookAhead) {
-    needs_.pop_front();
+  if (!needs_.isEmpty() && needs_.front().index < index - lookAhead) {
+    needs_.popFront();
   }
   released_ -= released_ / releaseSamples;
   if (released_ < inaudible) {
     released_ = 0;
   }
-  released_ = std::max(released_, needs_.empty() ? 0 : needs_.front().reduction);
+  released_ = std::max(released_, needs_.isEmpty() ? 0 : needs_.front().reduction);
   return released_;
 }
 

@@ -78,11 +78,6 @@ std::optional<std::filesystem::path> optionalMedia(const std::filesystem::path& 
   return *file;
 }
 
-/// The last component of a path, also when a slash follows it.
-std::string packageName(const std::filesystem::path& url) {
-  return (url / "").parent_path().filename();
-}
-
 void logBadLines(std::size_t count) {
   if (count == 0) return;
   log(LogCategory::project).error("events.jsonl 有 {} 行无法解析（通常是崩溃截断的尾行）", count);
@@ -90,9 +85,10 @@ void logBadLines(std::size_t count) {
 
 void logLoaded(const RecordingProject& project) {
   log(LogCategory::project)
-      .info("loaded {} {}x{} dur={:.2f}s events={} clicks={}", packageName(project.url),
-            project.meta.captureWidth, project.meta.captureHeight, project.duration(),
-            project.events.size(), project.clicks.size());
+      .info("loaded {} {}x{} dur={:.2f}s events={} clicks={}",
+            withoutTrailingSlash(project.url).filename().string(), project.meta.captureWidth,
+            project.meta.captureHeight, project.duration(), project.events.size(),
+            project.clicks.size());
 }
 
 }  // namespace
@@ -141,6 +137,10 @@ std::optional<std::filesystem::path> RecordingProject::micURL() const {
 double RecordingProject::duration() const {
   if (meta.duration) return *meta.duration;
   return events.empty() ? 0 : events.back().t;
+}
+
+std::filesystem::path withoutTrailingSlash(const std::filesystem::path& url) {
+  return (url / "").parent_path();
 }
 
 std::vector<std::filesystem::path> listPackages(const std::filesystem::path& root) {

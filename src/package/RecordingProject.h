@@ -42,6 +42,10 @@ struct RecordingProject {
   double duration() const;
 };
 
+/// A package's path as it ends with the package's name: a completing shell, and a URI of a
+/// directory, put a slash behind it.
+std::filesystem::path withoutTrailingSlash(const std::filesystem::path& url);
+
 /// The package directories directly in `root`, newest name first; empty when it cannot be listed.
 std::vector<std::filesystem::path> listPackages(const std::filesystem::path& root);
 

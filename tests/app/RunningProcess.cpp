@@ -71,6 +71,7 @@ pid_t spawn(std::vector<std::string> command, std::vector<std::string> environme
   sigemptyset(&usual);
   sigaddset(&usual, SIGINT);
   sigaddset(&usual, SIGTERM);
+  sigaddset(&usual, SIGHUP);
   sigset_t none{};
   sigemptyset(&none);
   posix_spawnattr_t attributes{};
@@ -123,6 +124,13 @@ bool RunningProcess::waitFor(std::string_view text) {
 
 void RunningProcess::send(int signal) const {
   ::kill(process_, signal);
+}
+
+bool RunningProcess::hasEnded() const {
+  siginfo_t end{};
+  // Leaves the process to be waited for.
+  return ::waitid(P_PID, static_cast<id_t>(process_), &end, WEXITED | WNOHANG | WNOWAIT) == 0 &&
+         end.si_pid == process_;
 }
 
 int RunningProcess::finish() {

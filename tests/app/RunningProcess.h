@@ -28,6 +28,8 @@ class RunningProcess {
   bool waitFor(std::string_view text);
 
   pid_t id() const { return process_; }
+  /// Whether it has come to its end by itself. Does not wait for that.
+  bool hasEnded() const;
   void send(int signal) const;
 
   /// Waits for the end. The exit code, −1 when a signal ended it.

@@ -31,15 +31,18 @@ VeskProcess::VeskProcess() {
 }
 
 VeskProcess::Result VeskProcess::run(const std::vector<std::string>& arguments,
-                                     const Places& places) const {
+                                     const Surroundings& surroundings) const {
   const std::filesystem::path& home = home_.path();
-  const std::filesystem::path output = places.output.empty() ? home / "output" : places.output;
-  const std::filesystem::path temporary = places.temporary.empty() ? home : places.temporary;
+  const std::filesystem::path output =
+      surroundings.output.empty() ? home / "output" : surroundings.output;
+  const std::filesystem::path temporary =
+      surroundings.temporary.empty() ? home : surroundings.temporary;
   const std::filesystem::path errors = home / "errors";
   std::string command =
       "cd " + quoted(home) + " && env -i PATH=/usr/bin:/bin HOME=" + quoted(home) +
-      " TMPDIR=" + quoted(temporary) + " XDG_CONFIG_HOME=" + quoted(home / "config") + " " +
-      quoted(VESK_EXECUTABLE);
+      " TMPDIR=" + quoted(temporary) + " XDG_CONFIG_HOME=" + quoted(home / "config");
+  for (const std::string& variable : surroundings.variables) command += " " + quoted(variable);
+  command += " " + quoted(VESK_EXECUTABLE);
   for (const std::string& argument : arguments) {
     command += " " + quoted(argument);
   }
@@ -47,7 +50,7 @@ VeskProcess::Result VeskProcess::run(const std::vector<std::string>& arguments,
   const int status = std::system(command.c_str());  // NOLINT: the shell redirects the streams
   Result result;
   result.exitCode = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
-  if (places.output.empty()) {
+  if (surroundings.output.empty()) {
     result.output = contentsOf(output);
   }
   result.errors = contentsOf(errors);

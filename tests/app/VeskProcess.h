@@ -21,12 +21,13 @@ class VeskProcess {
     std::string errors;
   };
 
-  struct Places {
+  struct Surroundings {
     std::filesystem::path output;     ///< of standard output; a file that is read back when empty
     std::filesystem::path temporary;  ///< the temporary directory; the home when empty
+    std::vector<std::string> variables;  ///< more of them, as "NAME=value"
   };
 
-  Result run(const std::vector<std::string>& arguments, const Places& places) const;
+  Result run(const std::vector<std::string>& arguments, const Surroundings& surroundings) const;
   Result run(const std::vector<std::string>& arguments) const { return run(arguments, {}); }
 
   /// The working directory of the process, its home and its temporary directory.

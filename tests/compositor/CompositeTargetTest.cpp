@@ -52,7 +52,10 @@ class RandomShow {
     if (chance(0.3)) editScreen();
     if (chance(0.12)) pose_ = randomPose();
     if (chance(0.1)) editStyle();
-    if (chance(0.1)) camera_ = randomCamera();
+    if (chance(0.1)) {
+      camera_ = randomCamera();
+      settings_.pip.enabled = chance(0.7);
+    }
   }
 
  private:
@@ -108,8 +111,7 @@ class RandomShow {
     }
   }
 
-  std::optional<media::VideoFrame> randomCamera() {
-    if (chance(0.3)) return std::nullopt;
+  media::VideoFrame randomCamera() {
     const glm::dvec3 color(number(0, 1), number(0, 1), number(0, 1));
     return test::makeRgbPicture(64, 36, [&](glm::dvec2 place) { return color * place.x / 64.0; });
   }
@@ -138,8 +140,9 @@ TEST_P(CompositeTargetTest, drawingWhatChangedEqualsDrawingEverything) {
   constexpr int frames = 60;
   for (int frame = 0; frame < frames; ++frame) {
     renderer->settings = show.settings();
+    const bool hasCamera = show.camera().has_value();
     const PictureChanges changes{.screen = take(renderer->showScreen(show.screen())),
-                                 .camera = take(renderer->showCamera(show.camera()))};
+                                 .camera = hasCamera && take(renderer->showCamera(*show.camera()))};
     const CompositePlan plan = renderer->plan(show.pose(), show.previousPose(), show.time(),
                                               renderer->contentRect(width, height), width, height);
     const CompositeDamage damage = kept.draw(*renderer, plan, changes, black, Redraw::changed);

@@ -92,6 +92,19 @@ TEST(EditHistory, aNewEditAfterAnUndoForgetsWhatWasUndone) {
   EXPECT_FALSE(history.redo(document(3)));
 }
 
+TEST(EditHistory, anEditSoonAfterAnUndoIsAStepToo) {
+  EditHistory history;
+  history.push(9.0, 0.5, document(1));
+  history.push(10.0, 0.5, document(2));
+  history.undo(document(3));
+  history.push(10.3, 0.5, document(4));
+  EXPECT_FALSE(history.canRedo());
+  // From here on the gesture goes on as any other.
+  history.push(10.6, 0.5, document(5));
+  EXPECT_EQ(history.undo(document(6))->followSpeed, 4);
+  EXPECT_EQ(history.undo(document(4))->followSpeed, 1);
+}
+
 TEST(EditHistory, takesASnapshotOnlyToRememberIt) {
   EditHistory history;
   int taken = 0;

@@ -99,5 +99,17 @@ TEST_F(EditorKeys, withAnotherModifierTheyBelongToSomeoneElse) {
   EXPECT_FALSE(press(Qt::Key_A));
 }
 
+TEST_F(EditorKeys, deleteWithAModifierDeletesNothing) {
+  session->open(putMarkedTake());
+  const std::size_t before = segmentCount();
+  ui.setSelectedSegmentID(QString::fromStdString(session->timeline().segments.front().id));
+  for (const Qt::KeyboardModifier modifier :
+       {Qt::ShiftModifier, Qt::ControlModifier, Qt::AltModifier, Qt::MetaModifier}) {
+    EXPECT_FALSE(press(Qt::Key_Delete, modifier)) << modifier;
+    EXPECT_FALSE(press(Qt::Key_Backspace, modifier)) << modifier;
+  }
+  EXPECT_EQ(segmentCount(), before);
+}
+
 }  // namespace
 }  // namespace vesk::editor

@@ -1,6 +1,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <QTest>
+
 #include "editor/EditorView.h"
 #include "editor/SessionStage.h"
 
@@ -85,8 +87,8 @@ TEST_F(EditorViewTest, theCamerasWindowGoesToTheRendererAndIsSaved) {
   pip.size = 0.33;
   ui_.setPip(pip);
   EXPECT_EQ(session_->look().pip.size, 0.33);
-  runEvents(PreviewController::saveDelay + std::chrono::milliseconds(150));
-  EXPECT_TRUE(std::filesystem::exists(session_->project()->url / "edit.json"));
+  EXPECT_TRUE(QTest::qWaitFor(
+      [&] { return std::filesystem::exists(session_->project()->url / "edit.json"); }));
 }
 
 TEST_F(EditorViewTest, anUndoneWindowComesBackToThePage) {
@@ -100,12 +102,14 @@ TEST_F(EditorViewTest, anUndoneWindowComesBackToThePage) {
 }
 
 TEST_F(EditorViewTest, openingTakesTheWindowOverWithoutSavingIt) {
+  // Not as a save would write it.
+  const std::string text = R"({"pip":{"size":0.4},"segments":[]})";
   const auto other = putTake("other", {}, 5);
-  package::EditDocument document;
-  document.pip.size = 0.4;
-  ASSERT_TRUE(document.save(other));
+  folder.put("library/other.recording/edit.json", text);
   session_->open(other);
   EXPECT_EQ(ui_.pip().size, 0.4);
+  runEvents(PreviewController::saveDelay + std::chrono::milliseconds(150));
+  EXPECT_EQ(folder.contents("library/other.recording/edit.json"), text);
 }
 
 TEST(EditorUIState, namesItsCategoriesByTheirTitles) {

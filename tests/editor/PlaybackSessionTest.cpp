@@ -19,6 +19,8 @@ class PlaybackSessionTest : public SessionStage {
     session_->tick();
   }
 
+  double playerTime() const { return session_->player()->currentTime(hostTime); }
+
   std::unique_ptr<PreviewController> session_;
 };
 
@@ -35,12 +37,45 @@ TEST_F(PlaybackSessionTest, theTimeFollowsThePlayer) {
 
 TEST_F(PlaybackSessionTest, pausedTheTimeOnlyMovesBySeeking) {
   start();
-  sound.heardSeconds = 3;
   session_->pause();
+  sound.heardSeconds = 3;
   session_->tick();
+  session_->pause();
   EXPECT_EQ(session_->currentTime(), 0);
   session_->seek(7);
   EXPECT_EQ(session_->currentTime(), 7);
+}
+
+TEST_F(PlaybackSessionTest, aPauseStandsWhereTheSoundWasHeardLast) {
+  start();
+  sound.heardSeconds = 2.9;
+  session_->tick();
+  sound.heardSeconds = 3.1;
+  QSignalSpy moved(session_.get(), &PreviewController::currentTimeChanged);
+  session_->pause();
+  EXPECT_FALSE(session_->isPlaying());
+  EXPECT_EQ(session_->currentTime(), 3.1);
+  EXPECT_EQ(playerTime(), 3.1);
+  EXPECT_EQ(moved.count(), 1);
+}
+
+TEST_F(PlaybackSessionTest, aPauseBeyondTheEndStandsAtTheEnd) {
+  session_->seek(19);
+  start();
+  sound.heardSeconds = 1.5;
+  session_->pause();
+  EXPECT_EQ(session_->currentTime(), 20);
+  EXPECT_EQ(playerTime(), 20);
+}
+
+TEST_F(PlaybackSessionTest, aPauseOfAPlayerWithoutATimeStandsAtTheLastOne) {
+  start();
+  sound.heardSeconds = 2;
+  session_->tick();
+  sound.heardSeconds = std::numeric_limits<double>::quiet_NaN();
+  session_->pause();
+  EXPECT_EQ(session_->currentTime(), 2);
+  EXPECT_EQ(playerTime(), 2);
 }
 
 TEST_F(PlaybackSessionTest, aSeekStaysWithinTheRecording) {
@@ -60,6 +95,7 @@ TEST_F(PlaybackSessionTest, atTheEndItPausesAndStaysThere) {
   session_->tick();
   EXPECT_FALSE(session_->isPlaying());
   EXPECT_EQ(session_->currentTime(), 20);
+  EXPECT_EQ(playerTime(), 20);
   EXPECT_FALSE(sound.fill);
 }
 

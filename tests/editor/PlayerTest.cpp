@@ -1,13 +1,15 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
+#include <filesystem>
 #include <limits>
-#include <thread>
 #include <vector>
 
 #include "editor/Player.h"
 #include "editor/SessionStage.h"
+#include "media/SoundReader.h"
 
 namespace vesk::editor::test {
 namespace {
@@ -17,6 +19,41 @@ using testing::IsEmpty;
 using testing::SizeIs;
 
 constexpr double cameraOffset = 0.412;
+/// The decoder makes up some of the noise anew each time.
+constexpr float decoderNoise = 0.02F;
+/// Where the microphone's sound begins on the sample take's time line, on a grid of 600ths.
+constexpr double micOffset = 110.0 / 600;
+
+using Sound = std::vector<media::StereoSample>;
+constexpr std::size_t soundLength = media::soundRate / 10;
+
+/// A tenth of a second of a file from `time` on, this much louder.
+Sound stored(const std::filesystem::path& file, double time, float gain) {
+  auto reader = *media::SoundReader::open(file);
+  reader.seek(std::llround(time * media::soundRate));
+  Sound sound(soundLength);
+  reader.read(sound);
+  for (media::StereoSample& sample : sound) {
+    sample = {gain * sample.left, gain * sample.right};
+  }
+  return sound;
+}
+
+float loudest(const Sound& sound) {
+  float found = 0;
+  for (const auto& [left, right] : sound) {
+    found = std::max({found, std::abs(left), std::abs(right)});
+  }
+  return found;
+}
+
+/// What is loudest in the difference of two sounds.
+float difference(Sound one, const Sound& other) {
+  std::ranges::transform(one, other, one.begin(), [](const auto& a, const auto& b) {
+    return media::StereoSample{a.left - b.left, a.right - b.right};
+  });
+  return loudest(one);
+}
 
 class PlayerTest : public testing::Test {
  protected:
@@ -34,16 +71,13 @@ class PlayerTest : public testing::Test {
     player.advance(now_);
   }
 
-  /// The largest sample of the sound that follows, read at about the pace of a device.
-  float loudest() {
-    float found = 0;
-    std::vector<media::StereoSample> samples(960);
-    for (int quantum = 0; quantum < 25; ++quantum) {
-      output_.fill(samples);
-      for (const auto& sample : samples) found = std::max(found, std::abs(sample.left));
-      std::this_thread::sleep_for(milliseconds(5));
-    }
-    return found;
+  /// The first tenth of a second that is heard when it plays from `time` on.
+  Sound heardFrom(Player& player, double time) {
+    player.seek(time, now_);
+    start(player);
+    Sound sound(soundLength);
+    output_.fill(sound);
+    return sound;
   }
 
   package::RecordingProject project_;
@@ -133,6 +167,22 @@ TEST_F(PlayerTest, beforeTheCameraStartedItsFirstPictureStands) {
   EXPECT_NEAR(player.cameraPicture(cameraOffset + 0.5)->pts, 0.5, 1.0 / 30 + 1e-3);
 }
 
+TEST_F(PlayerTest, playedFromBeforeItsStartTheCameraStartsLaterByTheDifference) {
+  Player player = open();
+  player.seek(0.2, now_);
+  start(player);
+  for (int step = 0; step <= 10; ++step) {
+    output_.heardSeconds = 0.1 * step;
+    const double time = player.currentTime(now_);
+    EXPECT_DOUBLE_EQ(time, 0.2 + 0.1 * step);
+    player.waitForPictures(time);
+    const double shown = player.cameraPicture(time)->pts;
+    const double due = std::max(time - cameraOffset, 0.0);
+    EXPECT_LE(shown, due) << time;
+    EXPECT_LT(due, shown + 1.0 / 30) << time;
+  }
+}
+
 TEST_F(PlayerTest, aCameraThatStartedFirstIsAheadOfTheScreen) {
   project_.meta.cameraFirstFramePTS = *project_.meta.firstFramePTS - 2;
   Player player = open();
@@ -141,13 +191,25 @@ TEST_F(PlayerTest, aCameraThatStartedFirstIsAheadOfTheScreen) {
 
 TEST_F(PlayerTest, eachVolumeIsThatOfItsTrack) {
   Player player = open();
-  start(player);
+  const Sound system = stored(project_.screenURL(), 2, 0.5F);
+  const Sound mic = stored(*project_.micURL(), 2 - micOffset, 0.5F);
+  ASSERT_GT(difference(system, mic), 0.06F) << "they can be told from each other";
+  player.setVolumes(0.5, 0);
+  EXPECT_LT(difference(heardFrom(player, 2), system), decoderNoise);
+  player.setVolumes(0, 0.5);
+  EXPECT_LT(difference(heardFrom(player, 2), mic), decoderNoise);
   player.setVolumes(0, 0);
-  loudest();  // until the gain has come down
-  EXPECT_EQ(loudest(), 0);
-  player.setVolumes(1, 0);
-  loudest();
-  EXPECT_GT(loudest(), 0);
+  EXPECT_EQ(loudest(heardFrom(player, 2)), 0);
+}
+
+TEST_F(PlayerTest, withoutAMicrophoneItIsHeardAtTheSystemVolume) {
+  Player player = open(VESK_MARKS_TAKE);
+  player.setVolumes(2.5, 0);
+  const Sound twice = stored(project_.screenURL(), 2, 2);
+  ASSERT_GT(loudest(twice), 0.1F);
+  EXPECT_LT(difference(heardFrom(player, 2), twice), decoderNoise);
+  player.setVolumes(0, 1);
+  EXPECT_EQ(loudest(heardFrom(player, 2)), 0);
 }
 
 TEST_F(PlayerTest, withoutAMicrophoneTheSystemVolumeIsThePlayers) {
@@ -177,8 +239,7 @@ TEST_F(PlayerTest, tellsHowItIs) {
 TEST_F(PlayerTest, aRecordingWithoutFilesPlaysInSilence) {
   project_ = package::RecordingProject::make("nowhere.recording", {}, {});
   Player player = open();
-  start(player);
-  EXPECT_EQ(loudest(), 0);
+  EXPECT_EQ(loudest(heardFrom(player, 1)), 0);
   EXPECT_FALSE(player.screenPicture(1));
   EXPECT_THAT(player.syncedPlayers(), IsEmpty());
   EXPECT_TRUE(player.hasExactPictures(1));

@@ -1,5 +1,7 @@
 #include <gtest/gtest.h>
 
+#include <QSignalSpy>
+#include <QTest>
 #include <ostream>
 
 #include "editor/SessionStage.h"
@@ -17,8 +19,10 @@ struct Change {
   bool isManualBefore = true;
   int undoSteps = 0;
   bool infers = false;
+  bool buildsTrack = true;
   bool saves = true;
   bool isManualAfter = true;
+  int tellings = 1;  ///< of the timeline, one for each change
 };
 
 void PrintTo(const Change& change, std::ostream* out) {
@@ -39,17 +43,24 @@ TEST_P(ChangeTest, entailsWhatItShould) {
   session->apply(edited);
   session->setHasManualEdits(change.isManualBefore);
   // What came before must not count: neither a save nor a track.
-  runEvents(PreviewController::saveDelay + std::chrono::milliseconds(100));
+  session->flushSave();
   fs::remove(take / "edit.json");
   session->changeLook([](compositor::CompositeSettings& look) { look.cameraTrack.reset(); });
+  const QSignalSpy told(session.get(), &PreviewController::timelineChanged);
 
   change.make(*session);
 
+  EXPECT_EQ(told.count(), change.tellings);
   EXPECT_EQ(session->timeline().segments.size() == inferred, change.infers);
-  EXPECT_TRUE(session->look().cameraTrack);
+  EXPECT_EQ(session->look().cameraTrack.has_value(), change.buildsTrack);
   EXPECT_EQ(session->hasManualEdits(), change.isManualAfter);
-  runEvents(PreviewController::saveDelay + std::chrono::milliseconds(150));
-  EXPECT_EQ(fs::exists(take / "edit.json"), change.saves);
+  const auto isSaved = [&] { return fs::exists(take / "edit.json"); };
+  if (change.saves) {
+    EXPECT_TRUE(QTest::qWaitFor(isSaved));
+  } else {
+    runEvents(PreviewController::saveDelay + std::chrono::milliseconds(150));
+    EXPECT_FALSE(isSaved());
+  }
   int steps = 0;
   for (; session->canUndo(); ++steps) session->undo();
   EXPECT_EQ(steps, change.undoSteps);
@@ -72,7 +83,8 @@ const std::vector<Change> changes{
          },
      .undoSteps = 2,
      .infers = true,
-     .isManualAfter = false},
+     .isManualAfter = false,
+     .tellings = 2},
     {.name = "sensitivity",
      .make =
          [](PreviewController& session) {
@@ -81,7 +93,8 @@ const std::vector<Change> changes{
          },
      .undoSteps = 2,
      .infers = true,
-     .isManualAfter = false},
+     .isManualAfter = false,
+     .tellings = 2},
     {.name = "resetWithoutManualEdits",
      .make = [](PreviewController& session) { session.resetToAutomatic(); },
      .isManualBefore = false,
@@ -120,7 +133,8 @@ const std::vector<Change> changes{
            }
          },
      .isManualBefore = false,
-     .undoSteps = 1},
+     .undoSteps = 1,
+     .tellings = 2},
     {.name = "segmentDragged",
      .make =
          [](PreviewController& session) {
@@ -129,7 +143,8 @@ const std::vector<Change> changes{
            session.rebuildTrack();
          },
      .isManualBefore = false,
-     .undoSteps = 1},
+     .undoSteps = 1,
+     .tellings = 3},
     {.name = "segmentAdded",
      .make =
          [](PreviewController& session) {
@@ -137,7 +152,38 @@ const std::vector<Change> changes{
            session.deleteSegment("user_14000");
          },
      .isManualBefore = false,
-     .undoSteps = 2},
+     .undoSteps = 2,
+     .tellings = 2},
+    {.name = "segmentDuplicated",
+     .make =
+         [](PreviewController& session) {
+           // One more is as many as the inference makes, so it does not stay.
+           session.deleteSegment(*session.duplicateSegment(firstSegment(session)));
+         },
+     .isManualBefore = false,
+     .undoSteps = 2,
+     .tellings = 2},
+    {.name = "effectToggled",
+     .make =
+         [](PreviewController& session) {
+           const double time = session.timeline().segments.at(0).start + 1;
+           session.toggleEffect(time);
+           session.toggleEffect(time);
+         },
+     .isManualBefore = false,
+     .undoSteps = 2,
+     .tellings = 2},
+    {.name = "volumes",
+     .make =
+         [](PreviewController& session) {
+           session.changeVolumes(0.5, 1.5);
+           session.changeVolumes(0.6, 1.4);
+         },
+     .isManualBefore = false,
+     .undoSteps = 1,
+     .buildsTrack = false,
+     .isManualAfter = false,
+     .tellings = 0},
     {.name = "segmentToggled",
      .make =
          [](PreviewController& session) { session.toggleSegmentEnabled(firstSegment(session)); },

@@ -1,10 +1,13 @@
+#include <epoxy/gl.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <algorithm>
 #include <atomic>
+#include <chrono>
 #include <filesystem>
 #include <map>
+#include <thread>
 
 #include "compositor/PictureDownload.h"
 #include "editor/PreviewPainter.h"
@@ -41,6 +44,11 @@ class PreviewPainterTest : public ExportStage {
   Picture preview(PreviewController& session, double time) {
     session.seek(time);
     session.player()->waitForPictures(time);
+    return shown(session);
+  }
+
+  /// The frame that it shows now, whatever has been decoded.
+  Picture shown(const PreviewController& session) {
     painter_->take(session, width, height);
     const gpu::Texture& canvas = *painter_->fitTexture();
     painter_->draw();
@@ -77,6 +85,17 @@ class PreviewPainterTest : public ExportStage {
   gpu::UniformBuffers uniforms_;
 };
 
+/// Whether it came true within ten seconds.
+template <typename Condition>
+bool until(Condition condition) {
+  const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(10);
+  while (!condition()) {
+    if (std::chrono::steady_clock::now() > end) return false;
+    std::this_thread::sleep_for(std::chrono::milliseconds(1));
+  }
+  return true;
+}
+
 /// The largest difference of any sample outside an area.
 int difference(const media::I420Picture& left, const media::I420Picture& right,
                const gpu::PixelRect& except) {
@@ -95,6 +114,92 @@ int difference(const media::I420Picture& left, const media::I420Picture& right,
     }
   }
   return largest;
+}
+
+void enableCamera(PreviewController& session, bool isEnabled) {
+  session.changeLook([&](compositor::CompositeSettings& look) { look.pip.enabled = isEnabled; });
+}
+
+TEST_F(PreviewPainterTest, aCameraThatIsNotShownIsNotDecoded) {
+  const auto session = open(VESK_SAMPLE_TAKE);
+  enableCamera(*session, false);
+  const media::PictureFeed& camera = *session->syncedPlayers().front().pictures;
+  session->play();
+  sessions_.hostTime += Player::startDelay;
+  for (int step = 0; step < 90; ++step) {
+    session->tick();
+    sessions_.sound.heardSeconds = 0.1 * step;
+    shown(*session);
+  }
+  ASSERT_GT(session->currentTime(), 8);
+  EXPECT_LT(camera.decodedPictures(), 20) << "but for the first ones";
+}
+
+TEST_F(PreviewPainterTest, aCameraThatIsTurnedOnWhilePausedIsThereAtOnce) {
+  const auto session = open(VESK_SAMPLE_TAKE);
+  const Picture expected = preview(*session, 6);
+  enableCamera(*session, false);
+  preview(*session, 3);
+  const Picture without = preview(*session, 6);
+  EXPECT_GT(difference(*without, *expected, {}), 0);
+  enableCamera(*session, true);
+  EXPECT_EQ(difference(*shown(*session), *expected, {}), 0);
+}
+
+TEST_F(PreviewPainterTest, aCameraThatIsTurnedOnShowsThePictureOfTheTimePlayedTo) {
+  const auto session = open(VESK_SAMPLE_TAKE);
+  const Picture expected = preview(*session, 6);
+  preview(*session, 2);
+  enableCamera(*session, false);
+  session->play();
+  sessions_.hostTime += Player::startDelay;
+  session->tick();
+  sessions_.sound.heardSeconds = 4;
+  session->tick();
+  session->pause();
+  ASSERT_EQ(session->currentTime(), 6);
+  enableCamera(*session, true);
+  shown(*session);  // asks for it
+  ASSERT_TRUE(until([&] { return session->player()->hasExactPictures(6); }));
+  EXPECT_EQ(difference(*shown(*session), *expected, {}), 0);
+}
+
+/// While this lives the driver says that it has no memory.
+class NoGraphicsMemory {
+ public:
+  NoGraphicsMemory() {
+    epoxy_glGetError = [] { return static_cast<GLenum>(GL_OUT_OF_MEMORY); };
+  }
+  NoGraphicsMemory(const NoGraphicsMemory&) = delete;
+  NoGraphicsMemory& operator=(const NoGraphicsMemory&) = delete;
+  ~NoGraphicsMemory() { epoxy_glGetError = driver_; }
+
+ private:
+  decltype(epoxy_glGetError) driver_ = epoxy_glGetError;
+};
+
+TEST_F(PreviewPainterTest, withoutTheMemoryForASizeNothingIsDrawn) {
+  const auto session = open(VESK_SAMPLE_TAKE);
+  const Picture before = preview(*session, 2);
+  painter_->take(*session, width / 2, height / 2);
+  {
+    const NoGraphicsMemory none;
+    EXPECT_EQ(painter_->fitTexture(), nullptr);
+  }
+  painter_->draw();
+  EXPECT_EQ(painter_->framebuffer(), nullptr) << "nobody would show it";
+  EXPECT_TRUE(painter_->isStale());
+  EXPECT_EQ(difference(*preview(*session, 2), *before, {}), 0);
+}
+
+TEST_F(PreviewPainterTest, anotherSizeBringsAnotherTexture) {
+  const auto session = open(VESK_SAMPLE_TAKE);
+  painter_->take(*session, width, height);
+  const unsigned int first = painter_->fitTexture()->handle();
+  EXPECT_EQ(painter_->fitTexture()->handle(), first);
+  painter_->take(*session, width / 2, height / 2);
+  EXPECT_NE(painter_->fitTexture()->handle(), first);
+  EXPECT_EQ(painter_->fitTexture()->width(), width / 2);
 }
 
 struct Take {

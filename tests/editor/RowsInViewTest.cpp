@@ -2,7 +2,9 @@
 #include <gtest/gtest.h>
 
 #include <QAbstractItemModelTester>
+#include <QPersistentModelIndex>
 #include <QSignalSpy>
+#include <algorithm>
 #include <random>
 
 #include "editor/QtApplication.h"
@@ -28,6 +30,7 @@ class RowsInViewTest : public testing::Test {
   QSignalSpy inserted_{&model_, &QAbstractItemModel::rowsInserted};
   QSignalSpy removed_{&model_, &QAbstractItemModel::rowsRemoved};
   QSignalSpy changed_{&model_, &QAbstractItemModel::dataChanged};
+  QSignalSpy moved_{&model_, &QAbstractItemModel::rowsMoved};
   QSignalSpy reset_{&model_, &QAbstractItemModel::modelReset};
 };
 
@@ -49,7 +52,7 @@ TEST_F(RowsInViewTest, theSameRowsCauseNothing) {
   model_.setRows(ticks({1, 2}));
   inserted_.clear();
   model_.setRows(ticks({1, 2}));
-  EXPECT_EQ(inserted_.count() + removed_.count() + changed_.count() + reset_.count(), 0);
+  EXPECT_EQ(inserted_.count() + removed_.count() + changed_.count() + moved_.count(), 0);
 }
 
 TEST_F(RowsInViewTest, aRowThatStaysIsChangedInItsPlace) {
@@ -63,11 +66,26 @@ TEST_F(RowsInViewTest, aRowThatStaysIsChangedInItsPlace) {
   EXPECT_EQ(model_.data(model_.index(1), TickModel::labelRole).toString(), "y");
 }
 
-TEST_F(RowsInViewTest, rowsInAnotherOrderAreANewSet) {
+TEST_F(RowsInViewTest, rowsInAnotherOrderAreMoved) {
   model_.setRows(ticks({1, 2, 3}));
+  inserted_.clear();
   model_.setRows(ticks({3, 1, 2}));
   EXPECT_THAT(model_.rows(), ElementsAreArray(ticks({3, 1, 2})));
-  EXPECT_EQ(reset_.count(), 1);
+  ASSERT_EQ(moved_.count(), 1);
+  EXPECT_EQ(moved_[0][1].toInt(), 2);
+  EXPECT_EQ(moved_[0][4].toInt(), 0);
+  EXPECT_EQ(inserted_.count() + removed_.count() + changed_.count(), 0);
+}
+
+TEST_F(RowsInViewTest, whatIsKeptOfARowStaysWithIt) {
+  model_.setRows(ticks({1, 2, 3, 4}));
+  const QPersistentModelIndex third = model_.index(2);
+  model_.setRows(ticks({9, 3, 4, 8, 1}));
+  EXPECT_EQ(third.row(), 1);
+  model_.setRows(ticks({4, 1, 3}));
+  EXPECT_EQ(third.row(), 2);
+  model_.setRows(ticks({4, 1}));
+  EXPECT_FALSE(third.isValid());
 }
 
 TEST_F(RowsInViewTest, fromAnySetOneComesToAnyOther) {
@@ -82,6 +100,7 @@ TEST_F(RowsInViewTest, fromAnySetOneComesToAnyOther) {
     model_.setRows(rows);
     ASSERT_THAT(model_.rows(), ElementsAreArray(rows));
   }
+  EXPECT_EQ(reset_.count(), 0);
 }
 
 TEST_F(RowsInViewTest, anIndexOfNoRowHasNoData) {

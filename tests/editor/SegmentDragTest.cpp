@@ -10,15 +10,16 @@ namespace {
 using Mode = DragState::Mode;
 
 /// A gesture that began at x = 100 on a segment of 4 s to 8 s.
-DragState gesture(Mode mode) {
-  return {.id = "a", .mode = mode, .startX = 100, .origStart = 4, .origEnd = 8};
+DragState gesture(Mode mode, double pxPerSec = 20) {
+  return {
+      .id = "a", .mode = mode, .startX = 100, .pxPerSec = pxPerSec, .origStart = 4, .origEnd = 8};
 }
 
 /// Where the gesture leads after so many points, in a recording of 20 s.
 DraggedTimes after(Mode mode, double points, double pxPerSec = 20,
                    std::span<const double> candidates = {}) {
-  return draggedTimes(gesture(mode), 100 + points,
-                      {.pxPerSec = pxPerSec, .duration = 20, .snapCandidates = candidates});
+  return draggedTimes(gesture(mode, pxPerSec), 100 + points,
+                      {.duration = 20, .snapCandidates = candidates});
 }
 
 TEST(SegmentDrag, aMoveKeepsTheLength) {
@@ -32,8 +33,8 @@ TEST(SegmentDrag, aMoveStopsAtBothEndsOfTheRecording) {
 }
 
 TEST(SegmentDrag, whatIsLongerThanTheRecordingMovesToItsStart) {
-  const DragState drag{.id = "a", .mode = Mode::move, .startX = 0, .origStart = 1, .origEnd = 31};
-  EXPECT_EQ(draggedTimes(drag, 50, {.pxPerSec = 20, .duration = 20}), (DraggedTimes{0, 30}));
+  const DragState drag{.id = "a", .mode = Mode::move, .origStart = 1, .origEnd = 31};
+  EXPECT_EQ(draggedTimes(drag, 50, {.duration = 20}), (DraggedTimes{0, 30}));
 }
 
 TEST(SegmentDrag, aMoveSnapsWithItsLeftEdgeAlone) {
@@ -72,10 +73,24 @@ TEST(SegmentDrag, withoutCandidatesAnEdgeComesWithinAPointOfItsNeighbour) {
 }
 
 TEST(SegmentDrag, farOutInALongTakeAPointStillCounts) {
-  const DragState drag{
-      .id = "a", .mode = Mode::trimR, .startX = 719'999.25, .origStart = 3590, .origEnd = 3599};
-  const DraggedTimes times = draggedTimes(drag, 720'000, {.pxPerSec = 200, .duration = 3600});
+  const DragState drag{.id = "a",
+                       .mode = Mode::trimR,
+                       .startX = 719'999.25,
+                       .pxPerSec = 200,
+                       .origStart = 3590,
+                       .origEnd = 3599};
+  const DraggedTimes times = draggedTimes(drag, 720'000, {.duration = 3600});
   EXPECT_DOUBLE_EQ(times.end, 3599 + 0.75 / 200);
+}
+
+TEST(SegmentDrag, onLanesOfAnotherScaleItBeganAtTheSameMoment) {
+  const DragState wider = rescaled(gesture(Mode::move), 50);
+  EXPECT_EQ(wider.startX, 250);
+  EXPECT_EQ(draggedTimes(wider, 250, {.duration = 20}), (DraggedTimes{4, 8}));
+  EXPECT_EQ(draggedTimes(wider, 300, {.duration = 20}), (DraggedTimes{5, 9}));
+  EXPECT_EQ(draggedTimes(wider, 300, {.duration = 20, .snapCandidates = std::array{5.2}}),
+            (DraggedTimes{5, 9}));
+  EXPECT_EQ(rescaled(wider, 20), gesture(Mode::move));
 }
 
 TEST(SegmentDrag, aMoveBeginsLaterThanATrim) {

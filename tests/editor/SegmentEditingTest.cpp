@@ -86,24 +86,33 @@ TEST(NewSegment, isNotMadeWhereThereIsNoTime) {
 }
 
 TEST(DuplicateOf, followsTheOriginalAndKeepsItsLook) {
-  ZoomSegment original = segment(2, 5);
-  original.enabled = false;
-  original.level = 3;
-  original.deadzone = 0.4;
-  original.sourceClickTime = 3;
-  original.endsWithExplicitReset = true;
-  original.waypoints = {{.t = 3, .focus = {0.1F, 0.2F}}};
-  const auto copy = duplicateOf(original, 20, 1'795'000'000'123);
-  EXPECT_EQ(copy->id, "dup_1795000000123");
-  EXPECT_DOUBLE_EQ(copy->start, 5.1);
-  EXPECT_DOUBLE_EQ(copy->end, 8.1);
-  EXPECT_FALSE(copy->enabled);
-  EXPECT_EQ(copy->level, 3);
-  EXPECT_EQ(copy->deadzone, 0.4);
-  EXPECT_TRUE(copy->isManual);
-  EXPECT_FALSE(copy->endsWithExplicitReset);
-  EXPECT_FALSE(copy->sourceClickTime);
-  EXPECT_TRUE(copy->waypoints.empty());
+  const ZoomSegment original{.id = "s",
+                             .start = 2,
+                             .end = 5,
+                             .enabled = false,
+                             .sourceClickTime = 3,
+                             .level = 3,
+                             .focus = {0.2F, 0.8F},
+                             .followCursor = false,
+                             .deadzone = 0.4,
+                             .followSpeed = 0.6,
+                             .isManual = false,
+                             .endsWithExplicitReset = true,
+                             .easeIn = 0.3,
+                             .easeOut = 0.7,
+                             .holdMin = 0.9,
+                             .motionBlur = 0.1,
+                             .waypoints = {{.t = 3, .focus = {0.1F, 0.2F}}},
+                             .panDuration = 0.6};
+  ZoomSegment expected = original;
+  expected.id = "dup_1795000000123";
+  expected.start = 5 + 0.1;
+  expected.end = 5 + 0.1 + 3;
+  expected.isManual = true;
+  expected.endsWithExplicitReset = false;
+  expected.sourceClickTime.reset();
+  expected.waypoints.clear();
+  EXPECT_EQ(duplicateOf(original, 20, 1'795'000'000'123), expected);
 }
 
 TEST(DuplicateOf, mustEndWithinTheRecording) {

@@ -9,6 +9,7 @@
 #include <thread>
 #include <vector>
 
+#include "editor/Allocations.h"
 #include "editor/SoundTrackFeed.h"
 #include "media/PeakLimiter.h"
 #include "media/SoundReader.h"
@@ -41,6 +42,11 @@ class SoundTrackFeedTest : public testing::Test {
   media::TemporaryFolder folder_;
 };
 
+void moveTo(SoundTrackFeed& feed, double time) {
+  feed.seek(time);
+  feed.waitForSound();
+}
+
 /// Reads as an output does, but faster; gives the decoder the time it needs.
 Sound readSlowly(SoundTrackFeed& feed, std::size_t length, std::size_t block = 1024) {
   Sound sound(length, {9, 9});
@@ -66,7 +72,7 @@ bool isSilent(const Sound& sound) {
 
 TEST_F(SoundTrackFeedTest, oneClipPassesBitForBit) {
   SoundTrackFeed feed{{clip("a.mov", ramp)}};
-  feed.seek(0);
+  moveTo(feed, 0);
   const Sound sound = readSlowly(feed, 4 * soundRate + 5'000);
   for (std::int64_t i = 0; i < 4 * soundRate; ++i) {
     ASSERT_EQ(sound[static_cast<std::size_t>(i)].left, ramp(i, 0)) << i;
@@ -77,7 +83,7 @@ TEST_F(SoundTrackFeedTest, oneClipPassesBitForBit) {
 TEST_F(SoundTrackFeedTest, theSizeOfTheReadsDoesNotMatter) {
   for (const std::size_t block : {64U, 333U, 4096U}) {
     SoundTrackFeed feed{{clip("a.mov", ramp)}};
-    feed.seek(0.5);
+    moveTo(feed, 0.5);
     const Sound sound = readSlowly(feed, 10'000, block);
     for (std::int64_t i = 0; i < 10'000; ++i) {
       ASSERT_EQ(sound[static_cast<std::size_t>(i)].left, ramp(24'000 + i, 0)) << block << " " << i;
@@ -88,7 +94,7 @@ TEST_F(SoundTrackFeedTest, theSizeOfTheReadsDoesNotMatter) {
 TEST_F(SoundTrackFeedTest, aSeekIsExactToTheSample) {
   SoundTrackFeed feed{{clip("a.mov", ramp)}};
   for (const double time : {1.0, 0.25, 2.0 + 1.0 / soundRate, 0.0, 3.5, 0.123}) {
-    feed.seek(time);
+    moveTo(feed, time);
     Sound sound(2'000);
     feed.read(sound);
     const auto first = std::llround(time * soundRate);
@@ -100,13 +106,13 @@ TEST_F(SoundTrackFeedTest, aSeekIsExactToTheSample) {
 TEST_F(SoundTrackFeedTest, aSeekOutOfRangeIsTheNearestOrSilence) {
   SoundTrackFeed feed{{clip("a.mov", ramp)}};
   for (const double time : {-3.0, std::numeric_limits<double>::quiet_NaN()}) {
-    feed.seek(time);
+    moveTo(feed, time);
     Sound sound(100);
     feed.read(sound);
     EXPECT_EQ(sound.front().left, ramp(0, 0));
   }
   for (const double time : {4.0, 1e6, std::numeric_limits<double>::infinity()}) {
-    feed.seek(time);
+    moveTo(feed, time);
     Sound sound(100, {9, 9});
     feed.read(sound);
     EXPECT_TRUE(isSilent(sound)) << time;
@@ -118,13 +124,13 @@ TEST_F(SoundTrackFeedTest, aClipStandsToTheSampleWhereItStarts) {
   SoundClip late = clip("a.mov", ramp, static_cast<double>(first) / soundRate);
   late.length = 0.5;
   SoundTrackFeed feed{{late}};
-  feed.seek(0);
+  moveTo(feed, 0);
   const Sound sound = readSlowly(feed, soundRate);
   EXPECT_EQ(sound[first - 1], StereoSample{});
   EXPECT_EQ(sound[first].left, ramp(0, 0));
   EXPECT_EQ(sound[first + 23'999].left, ramp(23'999, 0));
   EXPECT_EQ(sound[first + 24'000], StereoSample{}) << "its length is over";
-  feed.seek(0.5);
+  moveTo(feed, 0.5);
   Sound middle(10);
   feed.read(middle);
   EXPECT_EQ(middle.front().left, ramp(24'000 - first, 0));
@@ -136,7 +142,7 @@ TEST_F(SoundTrackFeedTest, mixesAndLimitsAsAnExportDoes) {
   SoundTrackFeed feed{{one, two}};
   feed.setGain(0, 1.5);
   feed.setGain(1, 0.5);
-  feed.seek(0);
+  moveTo(feed, 0);
   const Sound sound = readSlowly(feed, soundRate);
 
   Sound first(soundRate + 1'000);
@@ -159,7 +165,7 @@ TEST_F(SoundTrackFeedTest, mixesAndLimitsAsAnExportDoes) {
 
 TEST_F(SoundTrackFeedTest, aGainThatChangesWhilePlayingMakesNoClickAndIsThereWithin10Ms) {
   SoundTrackFeed feed{{clip("a.mov", media::tone(100, 0.3F))}};
-  feed.seek(0);
+  moveTo(feed, 0);
   const float step = largestStep(readSlowly(feed, 24'000));
   feed.setGain(0, 2);
   Sound up = readSlowly(feed, 24'000);
@@ -188,16 +194,53 @@ TEST_F(SoundTrackFeedTest, gainsOutOfRangeCountAsTheNearestAndNoNumberAsOne) {
       {std::numeric_limits<double>::quiet_NaN(), 0.25F}};
   for (const auto& [gain, expected] : cases) {
     feed.setGain(0, gain);
-    feed.seek(1);
+    moveTo(feed, 1);
     Sound sound(10);
     feed.read(sound);
     EXPECT_EQ(sound.front().left, expected) << gain;
   }
 }
 
+TEST_F(SoundTrackFeedTest, aGainThatIsSetBeforeTheFirstReadIsThereAtOnce) {
+  SoundTrackFeed feed{{clip("a.mov", [](auto, auto) { return 0.25F; })}};
+  for (const double gain : {0.5, 2.0}) {
+    moveTo(feed, 1);
+    feed.setGain(0, gain);
+    Sound sound(10);
+    feed.read(sound);
+    EXPECT_EQ(sound.front().left, static_cast<float>(gain * 0.25));
+  }
+}
+
+TEST_F(SoundTrackFeedTest, aMoveForgetsHowLoudItWas) {
+  const auto loudAtFirst = [](std::int64_t index, int) { return index < soundRate ? 0.9F : 0.1F; };
+  SoundTrackFeed feed{{clip("a.mov", loudAtFirst)}};
+  feed.setGain(0, 2);
+  moveTo(feed, 0.5);
+  Sound sound(2'000);
+  feed.read(sound);
+  EXPECT_LE(sound.back().left, 1);
+  moveTo(feed, 1.5);
+  feed.read(sound);
+  for (const StereoSample& sample : sound) ASSERT_EQ(sample.left, 0.2F);
+}
+
+TEST_F(SoundTrackFeedTest, readingAllocatesNothing) {
+  SoundTrackFeed feed{
+      {clip("a.mov", media::tone(300, 0.9F)), clip("b.mov", media::tone(440, 0.8F))}};
+  feed.setGain(0, 2);  // so that there is something to limit
+  Sound block(8'192);
+  for (const double time : {0.0, 1.5, 0.25}) {
+    moveTo(feed, time);
+    const std::int64_t before = allocationsOfThisThread();
+    for (int reads = 0; reads < 3; ++reads) feed.read(block);
+    EXPECT_EQ(allocationsOfThisThread(), before) << time;
+  }
+}
+
 TEST_F(SoundTrackFeedTest, whatTheDecoderIsLateForIsLeftOutAndTheRestStaysInPlace) {
   SoundTrackFeed feed{{clip("a.mov", ramp)}};
-  feed.seek(0);
+  moveTo(feed, 0);
   Sound hasty(5 * soundRate / 2);
   feed.read(hasty);  // far more than is decoded
   EXPECT_EQ(hasty.front().left, ramp(0, 0));
@@ -211,14 +254,14 @@ TEST_F(SoundTrackFeedTest, whatTheDecoderIsLateForIsLeftOutAndTheRestStaysInPlac
 TEST_F(SoundTrackFeedTest, aClipThatCannotBeReadIsSilent) {
   SoundTrackFeed feed{
       {{.file = folder_ / "none.mov", .start = 0, .length = 4}, clip("a.mov", ramp)}};
-  feed.seek(0);
+  moveTo(feed, 0);
   const Sound sound = readSlowly(feed, 5'000);
   EXPECT_EQ(sound[4'000].left, ramp(4'000, 0));
 }
 
 TEST_F(SoundTrackFeedTest, withoutClipsThereIsSilence) {
   SoundTrackFeed feed{{}};
-  feed.seek(3);
+  moveTo(feed, 3);
   EXPECT_TRUE(isSilent(readSlowly(feed, 3'000)));
 }
 
@@ -236,7 +279,7 @@ TEST_F(SoundTrackFeedTest, endsPromptlyWhateverItDoes) {
 
 TEST_F(SoundTrackFeedTest, readsAndGainsMayComeFromDifferentThreads) {
   SoundTrackFeed feed{{clip("a.mov", ramp), clip("b.mov", ramp)}};
-  feed.seek(0);
+  moveTo(feed, 0);
   std::jthread player{[&](const std::stop_token& stop) {
     Sound block(512);
     while (!stop.stop_requested()) feed.read(block);
@@ -249,7 +292,7 @@ TEST_F(SoundTrackFeedTest, readsAndGainsMayComeFromDifferentThreads) {
   player.join();
   feed.setGain(0, 1);
   feed.setGain(1, 0);
-  feed.seek(0.5);
+  moveTo(feed, 0.5);
   Sound sound(10);
   feed.read(sound);
   EXPECT_EQ(sound.front().left, ramp(24'000, 0));

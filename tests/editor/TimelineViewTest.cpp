@@ -2,64 +2,18 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <QAbstractItemModelTester>
 #include <QSignalSpy>
-#include <fstream>
 #include <limits>
 
-#include "editor/EditorView.h"
-#include "editor/SessionStage.h"
-#include "editor/TimelineView.h"
+#include "editor/TimelineStage.h"
 
 namespace vesk::editor::test {
 namespace {
 
 using Kind = package::RecordedEvent::Kind;
-using testing::ElementsAre;
-using testing::IsEmpty;
 using testing::SizeIs;
-using Tester = QAbstractItemModelTester;
 
-/// A recording of 20 s with clicks at 5, 11 and 16 (a double click), a manual mark at 18, and the
-/// segments a (4 s to 8 s) and b (12 s to 14 s), at 20 points a second in a window of 300.
-class TimelineViewTest : public SessionStage {
- protected:
-  TimelineViewTest() : session_(makeSession()), editor_(*session_, ui_), view_(*session_, ui_) {
-    ui_.setPxPerSec(20);
-    view_.viewport()->setWidth(300);
-    auto twice = clickAt(16);
-    twice.clickCount = 2;
-    open(20, {clickAt(5), clickAt(11), twice, markAt(18, Kind::zoomIn)},
-         R"({"id":"a","start":4,"end":8},{"id":"b","start":12,"end":14,"level":2.5})");
-  }
-
-  void open(double duration, const std::vector<package::RecordedEvent>& events,
-            const std::string& segments) {
-    // Under a name of its own: the one that is left is saved.
-    const auto take = putTake(fmt::format("录制 {}", ++takes_), events, duration);
-    std::ofstream(take / "edit.json") << R"({"segments":[)" << segments << "]}";
-    session_->open(take);
-  }
-
-  /// A whole gesture from a time of the lanes to another one.
-  void drag(const QString& id, void (TimelineView::*begin)(const QString&, double), double from,
-            double to, bool isFree = true) {
-    (view_.*begin)(id, from * 20);
-    view_.drag(id, to * 20, isFree);
-    view_.endDrag(id);
-  }
-
-  const motion::ZoomSegment& segment(const std::string& id) const { return *session_->segment(id); }
-
-  int takes_ = 0;
-  std::unique_ptr<PreviewController> session_;
-  EditorUIState ui_;
-  EditorView editor_;
-  TimelineView view_;
-  Tester ticks_{view_.ticks(), Tester::FailureReportingMode::Fatal};
-  Tester markers_{view_.markers(), Tester::FailureReportingMode::Fatal};
-  Tester segments_{view_.segments(), Tester::FailureReportingMode::Fatal};
-};
+class TimelineViewTest : public TimelineStage {};
 
 // What is seen.
 
@@ -166,6 +120,14 @@ TEST_F(TimelineViewTest, zoomingKeepsThePlayheadInItsPlace) {
   EXPECT_DOUBLE_EQ(ui_.pxPerSec(), 41.2);
 }
 
+TEST_F(TimelineViewTest, zoomingInAndOutEndsWhereItBegan) {
+  session_->seek(10);
+  view_.viewport()->setContentX(10.5);
+  view_.zoomIn();
+  view_.zoomOut();
+  EXPECT_EQ(view_.viewport()->contentX(), 11);
+}
+
 TEST_F(TimelineViewTest, zoomingStopsAtItsEnds) {
   for (int i = 0; i < 20; ++i) view_.zoomIn();
   EXPECT_EQ(ui_.pxPerSec(), 200);
@@ -245,6 +207,21 @@ TEST_F(TimelineViewTest, theKeysGoFromSegmentToSegmentByTheirStarts) {
   EXPECT_EQ(view_.selectedSegmentID(), "early");
 }
 
+TEST_F(TimelineViewTest, theKeysBeginWithTheSegmentUnderThePlayhead) {
+  open(20, {},
+       R"({"id":"long","start":0,"end":18},{"id":"first","start":1,"end":3},)"
+       R"({"id":"second","start":4,"end":6})");
+  session_->seek(10);
+  view_.stepSelection(1);
+  EXPECT_EQ(view_.selectedSegmentID(), "long");
+}
+
+TEST_F(TimelineViewTest, behindAllSegmentsTheKeysBeginWithTheLast) {
+  session_->seek(19);
+  view_.stepSelection(1);
+  EXPECT_EQ(view_.selectedSegmentID(), "b");
+}
+
 TEST_F(TimelineViewTest, aTapOnEmptySpaceAddsASegmentAndSelectsIt) {
   view_.addSegmentAt(200);
   EXPECT_EQ(view_.selectedSegmentID(), "");
@@ -271,161 +248,6 @@ TEST_F(TimelineViewTest, deletingTheSelectedSegmentSelectsNone) {
   view_.deleteSegment("a");
   EXPECT_EQ(view_.selectedSegmentID(), "");
   EXPECT_EQ(times(*session_), "12.000-14.000");
-}
-
-// The gestures.
-
-TEST_F(TimelineViewTest, aShortWayIsNoDrag) {
-  view_.beginMove("a", 100);
-  view_.drag("a", 102.9, true);
-  EXPECT_FALSE(view_.isDragging());
-  view_.drag("a", 97, true);
-  EXPECT_TRUE(view_.isDragging());
-  EXPECT_DOUBLE_EQ(segment("a").start, 4 - 0.15);
-  view_.endDrag("a");
-  view_.beginTrimR("a", 100);
-  view_.drag("a", 100.9, true);
-  EXPECT_FALSE(view_.isDragging());
-  view_.drag("a", 101, true);
-  EXPECT_TRUE(view_.isDragging());
-}
-
-TEST_F(TimelineViewTest, aPressWithoutAWayChangesNothing) {
-  view_.beginMove("a", 100);
-  view_.endDrag("a");
-  view_.drag("a", 300, true);
-  EXPECT_EQ(times(*session_), "4.000-8.000 12.000-14.000");
-  EXPECT_FALSE(session_->canUndo());
-}
-
-TEST_F(TimelineViewTest, aDragSelectsItsSegmentAndEndsAsOneStepToUndo) {
-  view_.beginMove("a", 100);
-  for (int x = 101; x <= 130; ++x) view_.drag("a", x, true);
-  EXPECT_EQ(view_.selectedSegmentID(), "a");
-  EXPECT_TRUE(view_.hasManualEdits());
-  view_.endDrag("a");
-  EXPECT_FALSE(view_.isDragging());
-  EXPECT_EQ(times(*session_), "5.500-9.500 12.000-14.000");
-  session_->undo();
-  EXPECT_EQ(times(*session_), "4.000-8.000 12.000-14.000");
-  EXPECT_FALSE(session_->canUndo());
-}
-
-TEST_F(TimelineViewTest, theCamerasPathFollowsAtTheEndOfADrag) {
-  const auto before = session_->look().cameraTrack;
-  view_.beginMove("a", 100);
-  view_.drag("a", 140, true);
-  EXPECT_EQ(session_->look().cameraTrack, before);
-  view_.endDrag("a");
-  EXPECT_NE(session_->look().cameraTrack, before);
-}
-
-TEST_F(TimelineViewTest, whileOneSegmentIsDraggedOthersAreNot) {
-  view_.beginMove("a", 100);
-  view_.drag("a", 120, true);
-  view_.beginMove("b", 250);
-  view_.drag("b", 300, true);
-  view_.endDrag("b");
-  EXPECT_TRUE(view_.isDragging());
-  EXPECT_EQ(times(*session_), "5.000-9.000 12.000-14.000");
-  view_.drag("a", 140, true);
-  EXPECT_EQ(times(*session_), "6.000-10.000 12.000-14.000");
-}
-
-TEST_F(TimelineViewTest, edgesSnapUnlessTheyAreFree) {
-  drag("a", &TimelineView::beginTrimR, 8, 10.8, false);
-  EXPECT_EQ(segment("a").end, 11);
-  drag("a", &TimelineView::beginTrimR, 11, 10.8, true);
-  EXPECT_DOUBLE_EQ(segment("a").end, 10.8);
-  drag("a", &TimelineView::beginTrimR, 10.8, 11.9, false);
-  EXPECT_EQ(segment("a").end, 12);
-}
-
-TEST_F(TimelineViewTest, edgesSnapToThePlayheadAndToManualMarks) {
-  session_->seek(9);
-  drag("a", &TimelineView::beginTrimR, 8, 9.2, false);
-  EXPECT_EQ(segment("a").end, 9);
-  drag("b", &TimelineView::beginTrimR, 14, 17.7, false);
-  EXPECT_EQ(segment("b").end, 18);
-}
-
-TEST_F(TimelineViewTest, theDragRemembersWhatItSnappedTo) {
-  view_.beginTrimR("a", 160);
-  view_.drag("a", 218, false);
-  EXPECT_EQ(view_.dragState()->snapped, 11);
-  view_.drag("a", 190, false);
-  EXPECT_EQ(view_.dragState()->snapped, std::nullopt);
-}
-
-TEST_F(TimelineViewTest, aBubbleTellsOfTheTrimmedEdge) {
-  view_.beginTrimL("a", 80);
-  EXPECT_FALSE(view_.isHovering());
-  view_.drag("a", 100, true);
-  EXPECT_EQ(view_.hoverInfo(), (TimelineView::HoverInfo{5, "起点", 100}));
-  EXPECT_EQ(view_.hoverText(), QStringLiteral("起点 00:05.00"));
-  view_.endDrag("a");
-  EXPECT_FALSE(view_.isHovering());
-  view_.beginTrimR("a", 160);
-  view_.drag("a", 200, true);
-  EXPECT_EQ(view_.hoverInfo(), (TimelineView::HoverInfo{10, "终点", 200}));
-  view_.endDrag("a");
-  view_.beginMove("a", 160);
-  view_.drag("a", 200, true);
-  EXPECT_FALSE(view_.isHovering());
-}
-
-TEST_F(TimelineViewTest, aSegmentDraggedOutOfViewKeepsItsRow) {
-  view_.viewport()->setWidth(100);
-  view_.beginMove("a", 100);
-  view_.drag("a", 110, true);
-  view_.viewport()->setContentX(300);
-  EXPECT_THAT(view_.segments()->rows(), SizeIs(2));
-  view_.drag("a", 390, true);
-  EXPECT_DOUBLE_EQ(segment("a").start, 16);
-  view_.drag("a", 110, true);
-  view_.viewport()->setContentX(300);
-  view_.endDrag("a");
-  ASSERT_THAT(view_.segments()->rows(), SizeIs(1));
-  EXPECT_EQ(view_.segments()->rows()[0].id, "b");
-}
-
-TEST_F(TimelineViewTest, thePointerBeyondTheEdgeScrolls) {
-  view_.beginMove("a", 100);
-  view_.drag("a", 350, true);
-  EXPECT_EQ(view_.viewport()->contentX(), 50);
-  view_.drag("a", 5000, true);
-  EXPECT_EQ(view_.viewport()->contentX(), 100);
-}
-
-TEST_F(TimelineViewTest, aDragOfWhatIsGoneOrNowhereChangesNothing) {
-  const double nan = std::numeric_limits<double>::quiet_NaN();
-  view_.beginMove("gone", 100);
-  view_.drag("gone", 200, true);
-  view_.beginMove("a", nan);
-  view_.drag("a", 200, true);
-  view_.beginMove("a", 100);
-  view_.drag("a", nan, true);
-  EXPECT_FALSE(view_.isDragging());
-  view_.drag("a", 200, true);
-  view_.deleteSegment("a");
-  view_.drag("a", 240, true);
-  view_.endDrag("a");
-  EXPECT_EQ(times(*session_), "12.000-14.000");
-}
-
-TEST_F(TimelineViewTest, anotherRecordingEndsADrag) {
-  view_.beginTrimL("a", 100);
-  view_.drag("a", 120, true);
-  open(30, {}, R"({"id":"a","start":4,"end":8})");
-  EXPECT_FALSE(view_.isDragging());
-  EXPECT_FALSE(view_.isHovering());
-  EXPECT_EQ(view_.viewport()->contentWidth(), 600);
-  view_.drag("a", 160, true);
-  EXPECT_EQ(times(*session_), "4.000-8.000");
-  session_->unload();
-  EXPECT_FALSE(view_.hasProject());
-  EXPECT_THAT(view_.segments()->rows(), IsEmpty());
-  EXPECT_THAT(view_.markers()->rows(), IsEmpty());
 }
 
 // A long take.

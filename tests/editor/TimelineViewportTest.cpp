@@ -32,6 +32,28 @@ TEST_F(TimelineViewportTest, scrollsByWholePoints) {
   EXPECT_EQ(viewport_.contentX(), 10);
 }
 
+TEST_F(TimelineViewportTest, smallStepsAddUpAlikeInBothDirections) {
+  const QSignalSpy moved(&viewport_, &TimelineViewport::contentXChanged);
+  for (int step = 0; step < 20; ++step) viewport_.wheel({}, {0, -1}, false, 0);
+  EXPECT_EQ(viewport_.contentX(), 10);
+  EXPECT_EQ(moved.count(), 10);
+  for (int step = 0; step < 20; ++step) viewport_.wheel({}, {0, 1}, false, 0);
+  EXPECT_EQ(viewport_.contentX(), 0);
+}
+
+TEST_F(TimelineViewportTest, stepsBeyondAnEndAreNotKept) {
+  viewport_.scrollBy(-0.4);
+  viewport_.scrollBy(0.5);
+  EXPECT_EQ(viewport_.contentX(), 1);
+}
+
+TEST_F(TimelineViewportTest, smallChangesOfTheScaleAddUpToNoShift) {
+  viewport_.setContentX(480);
+  const double time = viewport_.timeAt(480 + 137);
+  for (int step = 0; step < 200; ++step) viewport_.zoomBy(1.004, 137);
+  EXPECT_NEAR(viewport_.xOf(time), viewport_.contentX() + 137, 0.51);
+}
+
 TEST_F(TimelineViewportTest, aWiderWindowOrAShorterRecordingScrollsBack) {
   viewport_.setContentX(1900);
   viewport_.setWidth(1000);

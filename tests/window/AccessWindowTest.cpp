@@ -39,6 +39,12 @@ class AccessWindow : public WindowStage {
     }
     return names;
   }
+  void tabTo(const QString& name) {
+    for (int step = 0; step < 40 && window().activeFocusItem() != &item(name); ++step) {
+      hand().type(Key::tab);
+    }
+    ASSERT_EQ(window().activeFocusItem(), &item(name));
+  }
   static QString nameOf(QQuickItem& item) {
     QAccessibleInterface* const node = QAccessible::queryAccessibleInterface(&item);
     return node == nullptr ? QString() : node->text(QAccessible::Name);
@@ -114,13 +120,48 @@ TEST_F(AccessWindow, tabMovesAVisibleFocusThroughTheControls) {
 
 TEST_F(AccessWindow, theFocusedControlTakesTheSpaceBar) {
   open(putTour());
-  for (int step = 0; step < 40 && window().activeFocusItem() != &item("tab_library"); ++step) {
-    hand().type(Key::tab);
-  }
-  ASSERT_EQ(window().activeFocusItem(), &item("tab_library"));
+  tabTo("tab_library");
   hand().type(Key::space);
   EXPECT_TRUE(isShown("libraryPage"));
   EXPECT_FALSE(session().isPlaying());
+}
+
+TEST_F(AccessWindow, theMarkersAreReachedByKeys) {
+  open(putTour());
+  for (const Key enter : {Key::enter, Key::keypadEnter}) {
+    session().seek(0);
+    const auto before = segments();
+    tabTo("markerLane");
+    for (int step = 0; step < 5; ++step) hand().type(Key::left);
+    hand().type(Key::right);
+    ASSERT_EQ(timeline().currentMarker(), 1);
+    hand().type(enter);
+    const double time = session().currentTime();
+    EXPECT_GT(time, 0);
+    EXPECT_EQ(segments(), before) << "it is gone to, and no more";
+    hand().type(enter, capture::controlModifier);
+    EXPECT_NE(segments(), before);
+    EXPECT_EQ(session().currentTime(), time);
+    hand().type(Key::z, capture::controlModifier);
+    ASSERT_EQ(segments(), before);
+  }
+}
+
+TEST_F(AccessWindow, theSegmentsAndTheirMenuAreReachedByKeys) {
+  open(putTour());
+  tabTo("segmentLane");
+  hand().type(Key::right);
+  hand().type(Key::right);
+  ASSERT_EQ(selected(), segment(1).id);
+  for (const Key enter : {Key::enter, Key::keypadEnter}) {
+    hand().type(enter);
+    ASSERT_TRUE(until([&] { return isShown("toggleSegmentItem"); }));
+    const bool wasEnabled = segment(1).enabled;
+    hand().click(place("toggleSegmentItem"));
+    EXPECT_NE(segment(1).enabled, wasEnabled);
+    EXPECT_TRUE(segment(0).enabled);
+    ASSERT_TRUE(until([&] { return !isShown("toggleSegmentItem"); }));
+  }
 }
 
 }  // namespace

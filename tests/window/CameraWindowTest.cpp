@@ -17,6 +17,23 @@ class CameraWindow : public WindowStage {
     const QSizeF stage = item("previewStage").size();
     return place("previewStage", {x * stage.width(), y * stage.height()});
   }
+  void makeRounded() {
+    package::EditDocument document = session().snapshot();
+    document.pip.shape = package::rawValue(package::PiPSettings::Shape::rounded);
+    session().apply(document);
+    ASSERT_EQ(pip().shape, package::PiPSettings::Shape::rounded);
+  }
+  /// Whether the window can be dragged by a point of the rectangle around it.
+  bool isHeldAt(QPointF point) {
+    const package::PiPSettings before = pip();
+    const QPointF from = place("pipOverlay", point);
+    hand().drag(from, from - QPointF(60, 40));
+    const bool hasMoved = pip() != before;
+    EXPECT_EQ(session().canUndo(), hasMoved);
+    if (hasMoved) hand().type(Key::z, capture::controlModifier);
+    EXPECT_EQ(pip(), before);
+    return hasMoved;
+  }
   void expectCenter(double x, double y) {
     constexpr double pixel = 0.002;
     EXPECT_NEAR(pip().center.x, x, pixel);
@@ -70,6 +87,43 @@ TEST_F(CameraWindow, aSmallDragOfTheHandleIsAStepOfItsOwn) {
   hand().type(Key::z, capture::controlModifier);
   EXPECT_EQ(pip(), before);
   EXPECT_FALSE(session().canUndo());
+}
+
+TEST_F(CameraWindow, roundItIsNotHeldAtTheCornersOfItsBounds) {
+  open(putTour());
+  const QSizeF size = item("pipOverlay").size();
+  // At the bottom right there is the handle.
+  EXPECT_FALSE(isHeldAt({8, 8}));
+  EXPECT_FALSE(isHeldAt({size.width() - 8, 8}));
+  EXPECT_FALSE(isHeldAt({8, size.height() - 8}));
+  EXPECT_TRUE(isHeldAt({size.width() / 2, 3}));
+  EXPECT_TRUE(isHeldAt({3, size.height() / 2}));
+}
+
+TEST_F(CameraWindow, roundedItIsHeldAllOverButForTheRoundingOfItsCorners) {
+  open(putTour());
+  makeRounded();
+  const QSizeF size = item("pipOverlay").size();
+  EXPECT_NEAR(size.width() / size.height(), 16.0 / 9, 1e-3);
+  EXPECT_FALSE(isHeldAt({1, 1}));
+  EXPECT_FALSE(isHeldAt({size.width() - 1, 1}));
+  EXPECT_FALSE(isHeldAt({1, size.height() - 1}));
+  EXPECT_TRUE(isHeldAt({4, 4}));
+  EXPECT_TRUE(isHeldAt({size.width() - 4, 4}));
+  EXPECT_TRUE(isHeldAt({1, 12}));
+  EXPECT_TRUE(isHeldAt({12, 1}));
+}
+
+TEST_F(CameraWindow, itFollowsOnlyOnceThePointerHasGoneTwoPoints) {
+  open(putTour());
+  const package::PiPSettings before = pip();
+  const QPointF from = place("pipOverlay");
+  hand().drag(from, from + QPointF(1, 0));
+  hand().drag(from, from - QPointF(0, 1));
+  EXPECT_EQ(pip(), before);
+  EXPECT_FALSE(session().canUndo());
+  hand().drag(from, from - QPointF(2, 0));
+  EXPECT_NE(pip(), before);
 }
 
 TEST_F(CameraWindow, aRecordingWithoutACameraHasNothingToTakeHoldOf) {

@@ -68,7 +68,6 @@ void Desktop::SetUp() {
   askForDebugContext();
   application_.emplace(argumentCount, arguments.data());
   describeApplication();
-  QGuiApplication::setQuitOnLastWindowClosed(false);
   QAccessible::setActive(true);
   currentDesktop = this;
 }

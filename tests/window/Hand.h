@@ -19,6 +19,7 @@ enum class Key : capture::KeyCode {
   space = 49,
   backspace = 51,
   escape = 53,
+  keypadEnter = 76,
   enter = 36,
   forwardDelete = 117,
   f4 = 118,

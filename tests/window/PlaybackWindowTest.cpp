@@ -93,11 +93,38 @@ TEST_F(PlaybackWindow, framesFollowEachOtherWhilePlaying) {
   session().pause();
   bare.hide();
   window().show();
-  // A window that is hidden before the window manager had made it the active one never ceases to be.
+  // A window that is hidden before the window manager had made it the active one never ceases to
+  // be.
   EXPECT_TRUE(until([&] { return window().isActive() && window().isExposed(); }));
   std::ranges::sort(waits);
   // Where a frame fails to come, the session looks at the clock 250 ms after the one before.
   EXPECT_LT(waits[waits.size() / 2], 180) << "ms at the median";
+}
+
+/// Can be told what its window would tell it, and counts how often it is asked for its picture.
+class ToldView : public editor::PreviewView {
+ public:
+  using PreviewView::itemChange;
+  using PreviewView::PreviewView;
+  int drawings = 0;
+
+ protected:
+  QSGNode* updatePaintNode(QSGNode* node, UpdatePaintNodeData* data) override {
+    ++drawings;
+    return PreviewView::updatePaintNode(node, data);
+  }
+};
+
+TEST_F(PlaybackWindow, onAScreenOfAnotherScaleAPausedPictureIsDrawnAnew) {
+  open(putTour());
+  ToldView view(window().contentItem());
+  view.setSize({64, 36});
+  view.setController(&session());
+  ASSERT_TRUE(until([&] { return view.drawings > 0; }));
+  ASSERT_TRUE(comesToRest());
+  const int before = view.drawings;
+  view.itemChange(QQuickItem::ItemDevicePixelRatioHasChanged, qreal{2});
+  EXPECT_TRUE(until([&] { return view.drawings > before; }));
 }
 
 TEST_F(PlaybackWindow, theButtonPlaysAndTheEndStops) {

@@ -52,6 +52,16 @@ TEST_F(ScreensWindow, anEndIsTrimmed) {
   hand().release();
 }
 
+TEST_F(ScreensWindow, theMenuOfASegmentIsOpen) {
+  open(putTour());
+  hand().rightClick(place(named("segment_", 0)));
+  ASSERT_TRUE(until([&] { return isShown("deleteSegmentItem"); }));
+  pointNowhere();
+  expectScreen("menu");
+  hand().type(Key::escape);
+  EXPECT_TRUE(until([&] { return !isShown("deleteSegmentItem"); }));
+}
+
 TEST_F(ScreensWindow, pausedAfterThreeSeconds) {
   open(putTour());
   hand().click(place("timelineRuler", {72, 10}));

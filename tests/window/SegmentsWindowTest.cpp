@@ -42,6 +42,15 @@ class SegmentsWindow : public WindowStage {
     EXPECT_EQ(segments(), before);
     EXPECT_FALSE(session().canUndo());
   }
+  /// That another segment can be taken hold of.
+  void expectOneCanBeMoved(std::size_t number) {
+    EXPECT_FALSE(timeline().isDragging());
+    const ZoomSegment before = segment(number);
+    dragFreelyBy(block(number), 10);
+    EXPECT_NEAR(segment(number).start, before.start + seconds(10), exact);
+    EXPECT_NEAR(segment(number).end, before.end + seconds(10), exact);
+    EXPECT_FALSE(timeline().isDragging());
+  }
   void choose(const QString& entry, std::size_t number) {
     hand().rightClick(place(block(number)));
     ASSERT_TRUE(until([&] { return isShown(entry); }));
@@ -124,6 +133,47 @@ TEST_F(SegmentsWindow, aBubbleTellsWhereATrimmedEdgeLies) {
   EXPECT_FALSE(isShown("trimBubble"));
 }
 
+TEST_F(SegmentsWindow, aSegmentDeletedWhileItIsHeldIsLetGoOf) {
+  open(putTour());
+  const QPointF from = place(block(1));
+  hand().press(from);
+  hand().dragTo(from - QPointF(14, 0));
+  ASSERT_TRUE(timeline().isDragging());
+  hand().type(Key::forwardDelete);
+  ASSERT_EQ(segments().size(), 1U);
+  hand().dragTo(from + QPointF(4, 0));
+  hand().release();
+  EXPECT_EQ(segments().size(), 1U);
+  EXPECT_EQ(selected(), "");
+  expectOneCanBeMoved(0);
+}
+
+TEST_F(SegmentsWindow, aDragUndoneWhileItGoesOnIsOver) {
+  open(putTour());
+  const auto before = segments();
+  const QPointF from = place(block(0));
+  hand().press(from);
+  hand().dragTo(from + QPointF(14, 0));
+  ASSERT_NE(segments(), before);
+  hand().type(Key::z, capture::controlModifier);
+  EXPECT_EQ(segments(), before);
+  hand().release();
+  EXPECT_EQ(segments(), before);
+  expectOneCanBeMoved(0);
+}
+
+TEST_F(SegmentsWindow, aClickOnASegmentSelectsItWhereverItIsHit) {
+  open(putTour());
+  for (const std::size_t number : {1U, 0U}) {
+    for (const QString& part : {startHandle(number), block(number), endHandle(number)}) {
+      timeline().select({});
+      hand().click(place(part));
+      EXPECT_EQ(selected(), segment(number).id) << part.toStdString();
+    }
+  }
+  EXPECT_FALSE(session().canUndo());
+}
+
 TEST_F(SegmentsWindow, aSelectedSegmentIsDeletedByEitherKeyAndOneIsAddedByM) {
   open(putTour());
   for (const Key key : {Key::forwardDelete, Key::backspace}) {
@@ -155,6 +205,22 @@ TEST_F(SegmentsWindow, aClickOnTheEmptyLaneAddsASegment) {
   ASSERT_EQ(segments().size(), 2U);
   EXPECT_NEAR(segment(1).start, seconds(200) - 1.575, exact);
   EXPECT_EQ(selected(), segment(1).id);
+}
+
+TEST_F(SegmentsWindow, aDragAlongTheEmptyLaneAddsNothing) {
+  open(putTour());
+  for (int count = 0; count < 2; ++count) {
+    hand().click(place(block(0)));
+    hand().type(Key::forwardDelete);
+  }
+  ASSERT_EQ(segments().size(), 0U);
+  hand().click(place("fitButton"));
+  const QPointF from = place("segmentLane", {200, 17});
+  hand().drag(from, from + QPointF(300, 0));
+  hand().drag(from, from + QPointF(20, 0));
+  EXPECT_EQ(segments().size(), 0U);
+  hand().click(from);
+  EXPECT_EQ(segments().size(), 1U);
 }
 
 TEST_F(SegmentsWindow, theMenuSwitchesASegmentOffAndOn) {
@@ -209,6 +275,15 @@ TEST_F(SegmentsWindow, aClickOnAMarkerSeeksThere) {
   EXPECT_EQ(session().currentTime(), firstClick);
   hand().click(place("marker_3"));
   EXPECT_EQ(session().currentTime(), zoomOutMark);
+  EXPECT_FALSE(session().canUndo());
+}
+
+TEST_F(SegmentsWindow, aDoubleClickOnAMarkChangesNothing) {
+  open(putTour());
+  const auto before = segments();
+  hand().doubleClick(place("marker_3"));
+  EXPECT_EQ(session().currentTime(), zoomOutMark);
+  EXPECT_EQ(segments(), before);
   EXPECT_FALSE(session().canUndo());
 }
 

@@ -2,11 +2,13 @@
 
 #include <QCoreApplication>
 #include <QEventLoop>
+#include <QGuiApplication>
 #include <QTimer>
 #include <algorithm>
 #include <stdexcept>
 
 #include "editor/SilentSoundOutput.h"
+#include "media/HostTime.h"
 #include "package/TrashFolder.h"
 #include "window/Desktop.h"
 
@@ -15,10 +17,6 @@ namespace vesk::app::test {
 using std::chrono_literals::operator""ms;
 
 namespace {
-
-media::HostTime hostTime() {
-  return std::chrono::steady_clock::now().time_since_epoch();
-}
 
 /// What is made by a repeater or stands in a popup is found here only, not among the objects.
 QQuickItem* itemIn(const QQuickItem& parent, const QString& name) {
@@ -54,8 +52,8 @@ std::filesystem::path WindowStage::put(const std::filesystem::path& take) {
 }
 
 void WindowStage::start(const WindowFlags& flags) {
-  application_ = std::make_unique<VeskApp>(flags, *library_,
-                                           std::make_unique<editor::SilentSoundOutput>(hostTime));
+  application_ = std::make_unique<VeskApp>(
+      flags, *library_, std::make_unique<editor::SilentSoundOutput>(media::monotonicTime));
   mainWindow_ = MainWindow::create(*application_);
   ASSERT_TRUE(mainWindow_);
   graphics_ = std::make_unique<GraphicsWatch>(window());
@@ -76,7 +74,9 @@ void WindowStage::open(const std::filesystem::path& package) {
 void WindowStage::quit() {
   if (!mainWindow_) return;
   hand_.reset();
-  session().flushSave();
+  // Tells of the end, and leaves the window open.
+  QTimer::singleShot(0, qGuiApp, [] { QCoreApplication::exit(); });
+  QCoreApplication::exec();
   // Or the application stays the active one, and the next window does not make it that.
   window().hide();
   EXPECT_TRUE(until([] { return QGuiApplication::applicationState() != Qt::ApplicationActive; }));

@@ -43,7 +43,7 @@ class WindowStage : public testing::Test {
   void start(const WindowFlags& flags);
   /// With a package on the edit page.
   void open(const std::filesystem::path& package);
-  /// Ends the application as its user does.
+  /// Ends the application as its user does. What follows from that is the application's own doing.
   void quit();
 
   VeskApp& application() { return *application_; }

@@ -70,14 +70,14 @@ void MainWindow::show() {
 void MainWindow::bringToFront(const QString& token) {
   // Where the desktop guards the focus, this is the user's leave to take it.
   if (!token.isEmpty()) qputenv("XDG_ACTIVATION_TOKEN", token.toUtf8());
-  // An application whose window was closed still counts as active, so nothing tells of its return.
-  const bool returnsUnnoticed =
-      !window_->isVisible() && QGuiApplication::applicationState() == Qt::ApplicationActive;
-  if (window_->visibility() == QWindow::Minimized) window_->showNormal();
-  window_->show();
+  // Of one that counts as active, as it does also with its window closed, nothing tells.
+  const bool isUnnoticed = QGuiApplication::applicationState() == Qt::ApplicationActive;
+  // Out of the task bar, and as large as it was: show() would also undo a maximised window.
+  window_->setWindowStates(window_->windowStates() & ~Qt::WindowMinimized);
+  window_->setVisible(true);
   window_->raise();
   window_->requestActivate();
-  if (returnsUnnoticed) app_.root().activate();
+  if (isUnnoticed) app_.root().activate();
 }
 
 }  // namespace vesk::app

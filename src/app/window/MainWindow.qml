@@ -1,12 +1,14 @@
 import QtQuick
+import QtQuick.Templates as T
 import Vesk.App
 import Vesk.Editor
 import Vesk.Session
 import Vesk.Theme
 import Vesk.Timeline
 
-/// The one window of the application.
-Window {
+/// The one window of the application. A menu that closes gives the keyboard back to what had it,
+/// which a plain window would not see to.
+T.ApplicationWindow {
     id: window
 
     required property RootView root

@@ -5,21 +5,12 @@
 
 #include <utility>
 
+#include "app/EndingSignals.h"
+
 namespace vesk::app {
-namespace {
-
-sigset_t quitSignals() {
-  sigset_t set{};
-  sigemptyset(&set);
-  sigaddset(&set, SIGINT);
-  sigaddset(&set, SIGTERM);
-  return set;
-}
-
-}  // namespace
 
 QuitSignals::QuitSignals() {
-  const sigset_t watched = quitSignals();
+  const sigset_t watched = endingSignals();
   pthread_sigmask(SIG_BLOCK, &watched, &before_);
   descriptor_ = signalfd(-1, &watched, SFD_NONBLOCK | SFD_CLOEXEC);
 }

@@ -7,8 +7,8 @@
 
 namespace vesk::app {
 
-/// While it lives, Ctrl-C in the terminal and a request to terminate do not end the process. Made
-/// before anything that starts threads, for these leave the signals to it as well.
+/// While it lives, the signals that ask the process to end do not end it. Made before anything that
+/// starts threads, for these leave the signals to it as well.
 class QuitSignals {
  public:
   QuitSignals();

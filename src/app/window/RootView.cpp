@@ -13,7 +13,9 @@ RootView::RootView(const WindowFlags& flags, package::RecordingLibrary& library,
       library_(library),
       preview_(preview),
       ui_(ui),
-      mode_(flags.mode) {}
+      mode_(flags.mode.value_or(RootMode::record)) {
+  ui_.setOpenCategory(flags.openCategory);
+}
 
 QStringList RootView::tabs() const {
   QStringList labels;
@@ -49,9 +51,18 @@ void RootView::pickTab(int index) {
   pick(allRootModes.at(static_cast<std::size_t>(index)));
 }
 
-void RootView::open(const std::filesystem::path& package) {
-  preview_.open(package);
-  setMode(RootMode::edit);
+void RootView::startedAgain(const WindowFlags& asked) {
+  const bool wasEditPage = isEditPage();
+  if (asked.seek) flags_.seek = asked.seek;
+  if (asked.editPoke) flags_.editPoke = true;
+  if (asked.openCategory) ui_.setOpenCategory(asked.openCategory);
+  if (asked.package) {
+    preview_.open(*asked.package);
+    setMode(asked.mode.value_or(RootMode::edit));
+  } else if (asked.mode) {
+    pick(*asked.mode);
+  }
+  if (asked.editPoke && wasEditPage && isEditPage()) editPageAppeared();
 }
 
 void RootView::takeFinished(const std::filesystem::path& package) {

@@ -53,8 +53,10 @@ class RootView : public QObject {
   /// The user picks a tab.
   void pick(RootMode mode);
   Q_INVOKABLE void pickTab(int index);
-  /// Opens a package that another start of the application was given.
-  void open(const std::filesystem::path& package);
+  /// The application was started again while it runs. Of the flags those that are given take the
+  /// place of the earlier ones; a package is shown on the edit page unless another one is asked
+  /// for. An activation follows.
+  void startedAgain(const WindowFlags& asked);
   /// A take has become this package.
   void takeFinished(const std::filesystem::path& package);
 

@@ -6,6 +6,8 @@
 #include <QUrl>
 #include <QVariantList>
 #include <cstdlib>
+#include <string>
+#include <vector>
 
 #include "package/Log.h"
 
@@ -35,6 +37,35 @@ QVariantMap ownPlatformData() {
   return data;
 }
 
+/// Of the platform data: what a later process was started with.
+const QString& argumentsKey() {
+  static const QString key = QStringLiteral("x-vesk-arguments");
+  return key;
+}
+
+QStringList argumentsOf(const WindowFlags& flags) {
+  QStringList texts;
+  for (const std::string& argument : arguments(flags)) {
+    texts.append(QString::fromStdString(argument));
+  }
+  return texts;
+}
+
+WindowFlags flagsIn(const QVariantMap& platformData) {
+  std::vector<std::string> texts;
+  for (const QString& argument : platformData.value(argumentsKey()).toStringList()) {
+    texts.push_back(argument.toStdString());
+  }
+  std::vector<const char*> pointers;
+  pointers.reserve(texts.size());
+  for (const std::string& text : texts) pointers.push_back(text.c_str());
+  return windowFlags(CommandLine(pointers));
+}
+
+QString tokenIn(const QVariantMap& platformData) {
+  return platformData.value(QStringLiteral("activation-token")).toString();
+}
+
 SingleInstance::Role takeName(QDBusConnection& bus) {
   if (!bus.isConnected()) return SingleInstance::Role::unrelated;
   const QDBusReply<QDBusConnectionInterface::RegisterServiceReply> reply =
@@ -58,15 +89,12 @@ SingleInstance::SingleInstance(QObject* parent) : QObject(parent) {
   role_ = takeName(bus);
 }
 
-bool SingleInstance::handOver(const std::optional<std::filesystem::path>& package) const {
-  QDBusMessage call =
-      QDBusMessage::createMethodCall(name(), path(), QStringLiteral("org.freedesktop.Application"),
-                                     package ? QStringLiteral("Open") : QStringLiteral("Activate"));
-  if (package) {
-    const QUrl url = QUrl::fromLocalFile(QString::fromStdString(package->string()));
-    call << QStringList{url.toString(QUrl::FullyEncoded)};
-  }
-  call << ownPlatformData();
+bool SingleInstance::handOver(const WindowFlags& flags) const {
+  QVariantMap data = ownPlatformData();
+  data[argumentsKey()] = argumentsOf(flags);
+  QDBusMessage call = QDBusMessage::createMethodCall(
+      name(), path(), QStringLiteral("org.freedesktop.Application"), QStringLiteral("Activate"));
+  call << data;
   const QDBusMessage answer = QDBusConnection::sessionBus().call(call, QDBus::Block, answerLimit);
   if (answer.type() == QDBusMessage::ReplyMessage) return true;
   package::log(package::LogCategory::app)
@@ -75,15 +103,17 @@ bool SingleInstance::handOver(const std::optional<std::filesystem::path>& packag
 }
 
 void SingleInstance::Activate(const QVariantMap& platformData) {
-  Q_EMIT activated(platformData.value(QStringLiteral("activation-token")).toString());
+  Q_EMIT startedAgain(flagsIn(platformData), tokenIn(platformData));
 }
 
 void SingleInstance::Open(const QStringList& uris, const QVariantMap& platformData) {
+  WindowFlags flags = flagsIn(platformData);
+  // There is one session: of several packages the last one stays open.
   for (const QString& uri : uris) {
     const QUrl url(uri);
-    if (url.isLocalFile()) Q_EMIT opened(url.toLocalFile());
+    if (url.isLocalFile()) flags.package = url.toLocalFile().toStdString();
   }
-  Activate(platformData);
+  Q_EMIT startedAgain(flags, tokenIn(platformData));
 }
 
 }  // namespace vesk::app

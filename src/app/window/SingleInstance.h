@@ -3,14 +3,14 @@
 #include <QObject>
 #include <QStringList>
 #include <QVariantMap>
-#include <filesystem>
-#include <optional>
+
+#include "app/window/WindowFlags.h"
 
 namespace vesk::app {
 
 /// Sees to it that one process has the window: the first holds a name on the session bus, under
-/// which later ones ask it to come to the front or to open a package, and then end. The methods are
-/// those of https://specifications.freedesktop.org/desktop-entry-spec/latest/dbus.html
+/// which later ones ask it to do what they were started for, and then end. The methods are those of
+/// https://specifications.freedesktop.org/desktop-entry-spec/latest/dbus.html
 /// Main thread.
 class SingleInstance : public QObject {
   Q_OBJECT
@@ -28,9 +28,9 @@ class SingleInstance : public QObject {
 
   Role role() const { return role_; }
 
-  /// Asks the first process to come to the front, with a package where one is given. False when it
-  /// does not answer.
-  [[nodiscard]] bool handOver(const std::optional<std::filesystem::path>& package) const;
+  /// Asks the first process to come to the front and to do what this one was started for. False
+  /// when it does not answer.
+  [[nodiscard]] bool handOver(const WindowFlags& flags) const;
 
  public Q_SLOTS:
   // Called over the bus.
@@ -39,9 +39,9 @@ class SingleInstance : public QObject {
                          const QVariantMap& platformData);
 
  Q_SIGNALS:
+  /// Another process, or the desktop, started the application again.
   /// @param token of the desktop, which lets a window come to the front; may be empty.
-  void activated(const QString& token);
-  void opened(const QString& package);
+  void startedAgain(const vesk::app::WindowFlags& flags, const QString& token);
 
  private:
   Role role_;

@@ -3,30 +3,22 @@
 #include <chrono>
 #include <utility>
 
+#include "media/HostTime.h"
+
 namespace vesk::app {
-namespace {
-
-/// CLOCK_MONOTONIC, which is what this clock reads.
-media::HostTime hostTime() {
-  return std::chrono::steady_clock::now().time_since_epoch();
-}
-
-}  // namespace
 
 VeskApp::VeskApp(const WindowFlags& flags, package::RecordingLibrary& library,
                  std::unique_ptr<editor::SoundOutput> sound)
     : sound_(std::move(sound)),
       preview_({.library = library,
                 .sound = *sound_,
-                .hostTime = hostTime,
+                .hostTime = media::monotonicTime,
                 .wallClock = std::chrono::system_clock::now}),
       editor_(preview_, editorUI_),
       keys_(preview_, editor_),
       overlay_(preview_, editorUI_),
       timeline_(preview_, editorUI_),
-      root_(flags, library, preview_, editorUI_) {
-  editorUI_.setOpenCategory(flags.openCategory);
-}
+      root_(flags, library, preview_, editorUI_) {}
 
 QVariantMap VeskApp::properties() {
   return {{QStringLiteral("root"), QVariant::fromValue(&root_)},

@@ -2,6 +2,8 @@
 
 #include <filesystem>
 #include <optional>
+#include <string>
+#include <vector>
 
 #include "app/CommandLine.h"
 #include "app/window/RootMode.h"
@@ -11,7 +13,7 @@ namespace vesk::app {
 
 /// What the command line asks of the window.
 struct WindowFlags {
-  RootMode mode = RootMode::record;                             ///< to start with
+  std::optional<RootMode> mode;                                 ///< the page
   std::optional<editor::EditorUIState::Category> openCategory;  ///< of the inspector
   std::optional<double> seek;                                   ///< seconds, at each activation
   bool editPoke = false;                                        ///< the scripted edit
@@ -20,5 +22,8 @@ struct WindowFlags {
 };
 
 WindowFlags windowFlags(const CommandLine& commandLine);
+
+/// The arguments that ask for the same.
+std::vector<std::string> arguments(const WindowFlags& flags);
 
 }  // namespace vesk::app

@@ -22,10 +22,11 @@ int fail(const char* message) {
 }
 
 void followInstance(const SingleInstance& instance, VeskApp& app, MainWindow& window) {
-  QObject::connect(&instance, &SingleInstance::activated, &window.window(),
-                   [&window](const QString& token) { window.bringToFront(token); });
-  QObject::connect(&instance, &SingleInstance::opened, &window.window(),
-                   [&app](const QString& package) { app.root().open(package.toStdString()); });
+  QObject::connect(&instance, &SingleInstance::startedAgain, &window.window(),
+                   [&](const WindowFlags& flags, const QString& token) {
+                     app.root().startedAgain(flags);
+                     window.bringToFront(token);
+                   });
 }
 
 int runApplication(const WindowFlags& flags, const SingleInstance& instance,
@@ -52,7 +53,7 @@ int runWindow(int& argc, char** argv, const WindowSurroundings& surroundings) {
   const WindowFlags flags = windowFlags(surroundings.commandLine);
   const SingleInstance instance;
   if (instance.role() == SingleInstance::Role::later) {
-    if (instance.handOver(flags.package)) return 0;
+    if (instance.handOver(flags)) return 0;
     return fail("Vesk 已在运行，但没有响应。");
   }
   // Without a bus nothing could bring a closed window back.

@@ -41,7 +41,7 @@ Column {
         text: empty.preview.loadError
         color: Theme.t2
         font.family: Theme.fontFamily
-        font.pixelSize: 11
+        font.pixelSize: Theme.fontSmall
         textFormat: Text.PlainText
     }
 }

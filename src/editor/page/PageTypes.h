@@ -3,9 +3,10 @@
 #include <QtQml/qqml.h>
 
 #include "editor/EditorKeys.h"
+#include "editor/RoundedShape.h"
 #include "editor/StageOverlay.h"
 
-// The page's objects as types that QML can name; whoever starts the window makes them.
+// The page's objects as types that QML can name; most are made by whoever starts the window.
 namespace vesk::editor {
 
 struct EditorKeysType {
@@ -13,6 +14,12 @@ struct EditorKeysType {
   QML_FOREIGN(vesk::editor::EditorKeys)
   QML_NAMED_ELEMENT(EditorKeys)
   QML_UNCREATABLE("made by the application")
+};
+
+struct RoundedShapeType {
+  Q_GADGET
+  QML_FOREIGN(vesk::editor::RoundedShape)
+  QML_NAMED_ELEMENT(RoundedShape)
 };
 
 struct StageOverlayType {

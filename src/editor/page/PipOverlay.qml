@@ -27,7 +27,10 @@ Item {
         y: stage.overlay.rect.y
         width: stage.overlay.rect.width
         height: stage.overlay.rect.height
-        containmentMask: stage.overlay.isCircle ? disc : null
+        containmentMask: RoundedShape {
+            size: Qt.size(body.width, body.height)
+            radius: outline.radius
+        }
         Accessible.role: Accessible.Pane
         Accessible.name: "摄像头小窗，拖动可移动"
 
@@ -38,25 +41,21 @@ Item {
         DragHandler {
             readonly property point place: stage.mapFromItem(null, centroid.scenePosition)
             target: null
-            dragThreshold: 2
+            // It begins beyond this, at 2 points.
+            dragThreshold: 1
             cursorShape: Qt.ClosedHandCursor
             // What sets it going moves the window as well.
             onActiveChanged: if (active) stage.overlay.move(place.x, place.y)
             onActiveTranslationChanged: stage.overlay.move(place.x, place.y)
         }
-        QtObject {
-            id: disc
-            function contains(point: point): bool {
-                return Math.hypot(point.x - body.width / 2, point.y - body.height / 2) <= body.width / 2;
-            }
-        }
     }
 
     Rectangle {
+        id: outline
         anchors.fill: body
-        radius: stage.overlay.isCircle ? width / 2 : 8
+        radius: stage.overlay.isCircle ? width / 2 : Theme.radiusLarge
         color: "transparent"
-        border { width: 2; color: Qt.rgba(1, 1, 1, 0.9) }
+        border { width: 2; color: Theme.overPicture }
         opacity: stage.overlay.hovering || stage.overlay.resizing ? 1 : 0
         Behavior on opacity { NumberAnimation { duration: Theme.quick } }
     }
@@ -76,17 +75,22 @@ Item {
         onCanceled: stage.overlay.endResize()
         Accessible.name: "摄像头小窗的大小，拖动可改变"
 
-        HoverHandler {
-            id: handleHover
-            cursorShape: Qt.SizeFDiagCursor
+        // In an item of its own: an area with a handler of any kind takes every button.
+        Item {
+            anchors.fill: parent
+
+            HoverHandler {
+                id: handleHover
+                cursorShape: Qt.SizeFDiagCursor
+            }
         }
         Rectangle {
             anchors.centerIn: parent
             width: 14
             height: 14
-            radius: 7
-            color: Qt.rgba(0, 0, 0, 0.45)
-            border { width: 1.5; color: Qt.rgba(1, 1, 1, 0.9) }
+            radius: width / 2
+            color: Theme.overPictureFill
+            border { width: 1.5; color: Theme.overPicture }
             opacity: stage.overlay.hovering || stage.overlay.resizing ? 1 : 0
             Behavior on opacity { NumberAnimation { duration: Theme.quick } }
         }

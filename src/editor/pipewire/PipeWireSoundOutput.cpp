@@ -1,6 +1,5 @@
 #include "editor/pipewire/PipeWireSoundOutput.h"
 
-#include <chrono>
 #include <utility>
 
 #include "package/Log.h"
@@ -32,7 +31,7 @@ void PipeWireSoundOutput::start(Fill fill) {
     package::log(package::LogCategory::preview).info("sound: the server went away, looking again");
     connect();
   }
-  run_.start(std::move(fill), std::chrono::steady_clock::now().time_since_epoch());
+  run_.start(std::move(fill), media::monotonicTime());
   if (stream_) stream_->setActive(true);
 }
 

@@ -23,10 +23,6 @@ using media::pipewire::Connection;
 /// What the stream says of its time may be as old as this; an older word is of before it rested.
 constexpr std::chrono::milliseconds oldestWord{500};
 
-HostTime hostTime() {
-  return std::chrono::steady_clock::now().time_since_epoch();
-}
-
 pw_properties* streamProperties() {
   return pw_properties_new(PW_KEY_MEDIA_TYPE, "Audio", PW_KEY_MEDIA_CATEGORY, "Playback",
                            PW_KEY_MEDIA_ROLE, "Movie", PW_KEY_APP_NAME, "Vesk", PW_KEY_NODE_NAME,
@@ -157,7 +153,7 @@ class PlaybackStream::Stream {
   void process() {
     pw_buffer* const buffer = pw_stream_dequeue_buffer(stream_);
     if (buffer == nullptr) return;
-    const HostTime now = hostTime();
+    const HostTime now = media::monotonicTime();
     const std::span<StereoSample> samples = samplesOf(*buffer);
     const auto heardAt = hearingTime(stream_, now);
     if (heardAt && !samples.empty()) {

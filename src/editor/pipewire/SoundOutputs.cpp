@@ -1,13 +1,13 @@
 #include "editor/pipewire/SoundOutputs.h"
 
 #include <array>
-#include <chrono>
 #include <expected>
 #include <string_view>
 #include <utility>
 
 #include "editor/SilentSoundOutput.h"
 #include "editor/pipewire/PipeWireSoundOutput.h"
+#include "media/HostTime.h"
 #include "package/Log.h"
 
 namespace vesk::editor::pipewire {
@@ -16,8 +16,7 @@ namespace {
 using Opened = std::expected<std::unique_ptr<SoundOutput>, std::string>;
 
 Opened openSilent(const std::string& /*remote*/) {
-  return std::make_unique<SilentSoundOutput>(
-      [] { return media::HostTime{std::chrono::steady_clock::now().time_since_epoch()}; });
+  return std::make_unique<SilentSoundOutput>(media::monotonicTime);
 }
 
 struct Backend {

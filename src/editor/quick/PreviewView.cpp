@@ -56,11 +56,12 @@ class PreviewNode : public QSGSimpleTextureNode {
     return true;
   }
 
-  void take(const PreviewController& session, const QRectF& place, QSize pixels) {
+  /// False when there is not the memory for the picture; the node cannot be shown then.
+  bool take(const PreviewController& session, const QRectF& place, QSize pixels) {
     setRect(place);
     painter_->take(session, pixels.width(), pixels.height());
     // The texture must be there when the scene is put together, its pixels only when it is drawn.
-    wrapTexture(pixels);
+    return wrapTexture();
   }
 
  private:
@@ -69,17 +70,16 @@ class PreviewNode : public QSGSimpleTextureNode {
     return false;
   }
 
-  void wrapTexture(QSize pixels) {
+  bool wrapTexture() {
     const gpu::Texture* const drawn = painter_->fitTexture();
-    if (drawn == nullptr ||
-        (wrapped_ && wrappedHandle_ == drawn->handle() && wrapped_->textureSize() == pixels)) {
-      return;
-    }
+    if (drawn == nullptr) return false;
+    if (wrappedHandle_ == drawn->handle()) return true;
     std::unique_ptr<QSGTexture> wrapped(QNativeInterface::QSGOpenGLTexture::fromNative(
         drawn->handle(), &window_, {drawn->width(), drawn->height()}));
     setTexture(wrapped.get());
     wrapped_ = std::move(wrapped);
     wrappedHandle_ = drawn->handle();
+    return true;
   }
 
   void draw() {
@@ -128,6 +128,7 @@ void PreviewView::setController(PreviewController* controller) {
 
 void PreviewView::itemChange(ItemChange change, const ItemChangeData& value) {
   if (change == ItemSceneChange) watchWindow(value.window);
+  if (change == ItemDevicePixelRatioHasChanged) update();
   QQuickItem::itemChange(change, value);
 }
 
@@ -156,7 +157,10 @@ QSGNode* PreviewView::updatePaintNode(QSGNode* node, UpdatePaintNodeData* /*data
     Q_EMIT rendererFailed();
     return nullptr;
   }
-  preview->take(*controller_, boundingRect(), pixels);
+  if (!preview->take(*controller_, boundingRect(), pixels)) {
+    delete preview;
+    return nullptr;
+  }
   return preview;
 }
 

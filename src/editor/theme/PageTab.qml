@@ -22,7 +22,7 @@ T.AbstractButton {
         verticalAlignment: Text.AlignVCenter
         color: control.current ? Theme.onLight : Theme.t2
         font.family: Theme.fontFamily
-        font.pixelSize: 12
+        font.pixelSize: Theme.fontBody
         font.weight: control.current ? Font.Medium : Font.Normal
         textFormat: Text.PlainText
     }

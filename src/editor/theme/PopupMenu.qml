@@ -5,6 +5,11 @@ import QtQuick.Templates as T
 T.Menu {
     id: menu
 
+    // The press that closes it is to do nothing else, and the release of the one that opened it
+    // does not close it.
+    modal: true
+    dim: false
+    closePolicy: T.Popup.CloseOnEscape | T.Popup.CloseOnPressOutside
     padding: 4
     margins: 6
     overlap: 1

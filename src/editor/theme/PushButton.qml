@@ -45,7 +45,7 @@ T.AbstractButton {
     }
     background: Rectangle {
         radius: Theme.radius
-        color: control.prominent ? (control.down ? Theme.t2 : control.hovered ? "white" : Theme.t1)
+        color: control.prominent ? (control.down ? Theme.t2 : control.hovered ? Theme.brightest : Theme.t1)
                                  : (control.down ? Theme.pressed : control.hovered ? Theme.hovered : "transparent")
         border.width: control.prominent ? 0 : 1
         border.color: Theme.border

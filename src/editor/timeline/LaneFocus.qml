@@ -1,7 +1,6 @@
 import QtQuick
 import Vesk.Theme
 import Vesk.Timeline
-import Vesk.Timeline
 
 /// The frame around a lane that has the keyboard, as far as the lane is seen.
 Rectangle {

@@ -1,7 +1,6 @@
 import QtQuick
 import Vesk.Theme
 import Vesk.Timeline
-import Vesk.Timeline
 
 /// The names of the lanes, which stay at the left.
 Column {

@@ -1,7 +1,6 @@
 import QtQuick
 import Vesk.Theme
 import Vesk.Timeline
-import Vesk.Timeline
 
 /// The ruler and the lanes below it, as far as they are scrolled into view.
 Item {

@@ -2,7 +2,6 @@ import QtQuick
 import QtQuick.Templates as T
 import Vesk.Theme
 import Vesk.Timeline
-import Vesk.Timeline
 
 /// Where in the recording the lanes are scrolled to.
 T.ScrollBar {
@@ -18,8 +17,13 @@ T.ScrollBar {
     size: viewport.width / whole
     minimumSize: 0.03
     position: viewport.contentX / whole
-    onPositionChanged: if (pressed) viewport.contentX = position * whole
     Accessible.name: "时间轴的滚动条"
+
+    Connections {
+        target: bar
+        enabled: bar.pressed
+        function onPositionChanged() { bar.viewport.contentX = bar.position * bar.whole; }
+    }
 
     contentItem: Rectangle {
         radius: height / 2

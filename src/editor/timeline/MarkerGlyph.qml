@@ -1,7 +1,6 @@
 import QtQuick
 import Vesk.Theme
 import Vesk.Timeline
-import Vesk.Timeline
 
 /// A marker: a ring for a click, with a dot in it for a double click, filled within a segment; a
 /// square with a plus or a minus for a manual mark.
@@ -29,23 +28,28 @@ MouseArea {
     hoverEnabled: true
     cursorShape: Qt.PointingHandCursor
     onClicked: view.seekToMarker(time)
-    onDoubleClicked: if (isClick) view.toggleEffect(time)
     Accessible.role: Accessible.ListItem
     Accessible.name: name
+
+    Connections {
+        target: glyph
+        enabled: glyph.isClick
+        function onDoubleClicked() { glyph.view.toggleEffect(glyph.time); }
+    }
 
     Rectangle {
         id: outline
         anchors.centerIn: parent
         width: (glyph.isDoubleClick || !glyph.isClick ? 12 : 9) - (glyph.isSmall && glyph.isClick ? 4 : 0)
         height: width
-        radius: glyph.isClick ? width / 2 : 3
+        radius: glyph.isClick ? width / 2 : Theme.radiusMark
         color: glyph.isAttached && glyph.isClick ? glyph.tone : Theme.background
         border { width: 1.5; color: glyph.containsMouse ? Theme.t1 : glyph.tone }
     }
     // Most markers are plain clicks, and there may be hundreds of them in view.
     Loader {
         anchors.centerIn: parent
-        active: glyph.isDoubleClick || !glyph.isClick || glyph.isFocused
+        active: glyph.isDoubleClick || !glyph.isClick || glyph.isFocused || glyph.containsMouse
         sourceComponent: Item {
             Rectangle {
                 anchors.centerIn: parent
@@ -74,9 +78,14 @@ MouseArea {
                 visible: glyph.isFocused
                 width: 20
                 height: 20
-                radius: 6
+                radius: Theme.radius
                 color: "transparent"
                 border { width: Theme.focusWidth; color: Theme.focus }
+            }
+            Tip {
+                parent: glyph
+                visible: glyph.containsMouse
+                text: glyph.help
             }
         }
     }

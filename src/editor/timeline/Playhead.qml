@@ -18,7 +18,7 @@ Item {
         y: 3
         width: 11
         height: 9
-        radius: 2
+        radius: Theme.radiusTiny
         color: Theme.t1
     }
     Rectangle {
@@ -27,7 +27,7 @@ Item {
         width: 7.8
         height: 7.8
         rotation: 45
-        radius: 1
+        radius: Theme.radiusTiny / 2
         color: Theme.t1
     }
 }

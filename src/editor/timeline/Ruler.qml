@@ -1,7 +1,6 @@
 import QtQuick
 import Vesk.Theme
 import Vesk.Timeline
-import Vesk.Timeline
 
 /// The ruler. Pressed or dragged along, it moves the playhead.
 Item {
@@ -35,7 +34,7 @@ Item {
                 anchors.verticalCenter: parent.verticalCenter
                 text: parent.label
                 color: Theme.t2
-                font { family: Theme.numberFamily; pixelSize: 10 }
+                font { family: Theme.numberFamily; pixelSize: Theme.fontTiny }
             }
         }
     }

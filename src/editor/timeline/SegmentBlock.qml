@@ -1,7 +1,6 @@
 import QtQuick
 import Vesk.Theme
 import Vesk.Timeline
-import Vesk.Timeline
 
 /// A segment: to be moved by its body and trimmed by the handles at its ends.
 Item {
@@ -22,10 +21,6 @@ Item {
 
     signal menuWanted(real x)
 
-    function openMenu() {
-        menuWanted(width / 2);
-    }
-
     objectName: "segment_" + segmentID
     x: Math.round(start * view.viewport.pxPerSec)
     z: isSelected ? 1 : 0
@@ -36,7 +31,7 @@ Item {
 
     Rectangle {
         anchors.fill: parent
-        radius: 5
+        radius: Theme.radiusSegment
         color: Qt.rgba(block.tone.r, block.tone.g, block.tone.b,
                        !block.isEnabled ? 0.06 : block.isSelected ? 0.34 : block.isPointed ? 0.28 : 0.2)
         border {
@@ -58,44 +53,46 @@ Item {
             visible: block.width >= level.implicitWidth + implicitWidth + 28
             text: !block.isEnabled ? "已停用" : block.isManual ? "手动" : "自动"
             color: block.isEnabled ? Theme.t1 : Theme.t2
-            font { family: Theme.fontFamily; pixelSize: 10 }
+            font { family: Theme.fontFamily; pixelSize: Theme.fontTiny }
         }
     }
     MouseArea {
+        anchors.fill: parent
+        acceptedButtons: Qt.RightButton
+        onPressed: (mouse) => block.menuWanted(mouse.x)
+    }
+    SegmentGrip {
         id: body
         anchors.fill: parent
-        acceptedButtons: Qt.LeftButton | Qt.RightButton
-        hoverEnabled: true
-        preventStealing: true
-        cursorShape: !pressed ? Qt.OpenHandCursor : Qt.ClosedHandCursor
-        onPressed: (mouse) => mouse.button === Qt.LeftButton
-                              ? block.view.beginMove(block.segmentID, block.x + mouse.x)
-                              : block.menuWanted(mouse.x)
-        onPositionChanged: (mouse) => {
-            if (pressed) block.view.drag(block.segmentID, block.x + mouse.x, mouse.modifiers & Qt.AltModifier);
-        }
-        onReleased: block.view.endDrag(block.segmentID)
-        onCanceled: block.view.endDrag(block.segmentID)
-        onClicked: block.view.select(block.segmentID)
+        view: block.view
+        segmentID: block.segmentID
+        cursorShape: pressed ? Qt.ClosedHandCursor : Qt.OpenHandCursor
+        onPressed: (mouse) => block.view.beginMove(block.segmentID, laneX(mouse))
     }
     TrimHandle {
         id: startHandle
         objectName: "trimStart_" + block.segmentID
-        block: block
+        view: block.view
+        segmentID: block.segmentID
         isEnd: false
+        isSelected: block.isSelected
+        tone: block.tone
         onPressed: (mouse) => block.view.beginTrimL(block.segmentID, laneX(mouse))
     }
     TrimHandle {
         id: endHandle
         objectName: "trimEnd_" + block.segmentID
-        block: block
+        view: block.view
+        segmentID: block.segmentID
         isEnd: true
+        isSelected: block.isSelected
+        tone: block.tone
         onPressed: (mouse) => block.view.beginTrimR(block.segmentID, laneX(mouse))
     }
     Rectangle {
         anchors { fill: parent; margins: -3 }
         visible: block.isFocused
-        radius: 8
+        radius: Theme.radiusSegment + 3
         color: "transparent"
         border { width: Theme.focusWidth; color: Theme.focus }
     }

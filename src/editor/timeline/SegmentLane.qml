@@ -1,7 +1,6 @@
 import QtQuick
 import Vesk.Theme
 import Vesk.Timeline
-import Vesk.Timeline
 
 /// The effect segments. A tap on empty space adds one there. With the keyboard the arrows choose a
 /// segment and Return opens its menu.
@@ -10,6 +9,8 @@ Item {
 
     required property TimelineView view
 
+    signal menuKeyPressed()
+
     objectName: "segmentLane"
     implicitHeight: TimelineLayout.zoomH
     activeFocusOnTab: view.hasProject
@@ -17,22 +18,14 @@ Item {
     Accessible.name: "缩放"
     Keys.onLeftPressed: view.stepSelection(-1)
     Keys.onRightPressed: view.stepSelection(1)
-    Keys.onReturnPressed: selected()?.openMenu()
-    Keys.onMenuPressed: selected()?.openMenu()
+    Keys.onReturnPressed: menuKeyPressed()
+    Keys.onEnterPressed: menuKeyPressed()
+    Keys.onMenuPressed: menuKeyPressed()
 
-    function selected(): SegmentBlock {
-        for (let i = 0; i < blocks.count; ++i) {
-            if ((blocks.itemAt(i) as SegmentBlock)?.isSelected) return blocks.itemAt(i) as SegmentBlock;
-        }
-        return null;
-    }
-
-    MouseArea {
-        anchors.fill: parent
-        onClicked: (mouse) => lane.view.addSegmentAt(mouse.x)
+    TapHandler {
+        onTapped: (point) => lane.view.addSegmentAt(point.position.x)
     }
     Repeater {
-        id: blocks
         model: lane.view.segments
         SegmentBlock {
             id: block
@@ -41,6 +34,12 @@ Item {
             height: lane.height - 8
             isFocused: lane.activeFocus && isSelected
             onMenuWanted: (x) => menu.openAt(block, x)
+
+            Connections {
+                target: lane
+                enabled: block.isSelected
+                function onMenuKeyPressed() { menu.openAt(block, block.width / 2); }
+            }
         }
     }
     LaneFocus {

@@ -3,7 +3,6 @@ import QtQuick.Layouts
 import Vesk.Session
 import Vesk.Theme
 import Vesk.Timeline
-import Vesk.Timeline
 
 /// The timeline below the preview: its header, the heads of the lanes at the left, and the lanes,
 /// which scroll beside them.

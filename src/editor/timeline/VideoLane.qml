@@ -1,7 +1,6 @@
 import QtQuick
 import Vesk.Theme
 import Vesk.Timeline
-import Vesk.Timeline
 
 /// The recording as one bar with its name. Of a long one only the part in view is drawn.
 Item {
@@ -24,7 +23,7 @@ Item {
         width: lane.to - lane.from
         height: lane.height - 11
         radius: Theme.radius
-        color: Qt.rgba(1, 1, 1, 0.07)
+        color: Theme.film
         border { width: 1; color: Theme.border }
 
         Icon {

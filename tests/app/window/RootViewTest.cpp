@@ -18,6 +18,7 @@ namespace {
 
 using editor::test::runEvents;
 using std::chrono_literals::operator""ms;
+using Category = editor::EditorUIState::Category;
 
 constexpr const char* older = "20261121-100000";
 constexpr const char* newer = "20261121-110000";
@@ -62,6 +63,7 @@ TEST_F(RootView, itStartsOnThePageThatWasAskedFor) {
   for (const RootMode mode : allRootModes) {
     EXPECT_EQ(make({.mode = mode}).mode(), mode);
   }
+  EXPECT_EQ(make().mode(), RootMode::record);
   EXPECT_TRUE(make({.mode = RootMode::edit}).isEditPage());
 }
 
@@ -136,11 +138,69 @@ TEST_F(RootView, aFinishedTakeIsShownOnTheEditPage) {
   EXPECT_EQ(root->mode(), RootMode::edit);
 }
 
+TEST_F(RootView, thePanelThatWasAskedForIsOpen) {
+  make({.openCategory = Category::pip});
+  EXPECT_EQ(ui.openCategory(), Category::pip);
+}
+
 TEST_F(RootView, aPackageFromAnotherStartIsShownOnTheEditPage) {
   const auto package = putMarkedTake(newer);
-  make().open(package);
+  make().startedAgain({.package = package});
   EXPECT_EQ(openName(), newer);
   EXPECT_EQ(root->mode(), RootMode::edit);
+  root->startedAgain({.mode = RootMode::library, .package = package});
+  EXPECT_EQ(root->mode(), RootMode::library);
+}
+
+TEST_F(RootView, whereAnotherStartsPackageCannotBeOpenedNoOtherOneIs) {
+  putMarkedTake(newer);
+  make().startedAgain({.mode = RootMode::edit, .package = folder.path() / "none.recording"});
+  EXPECT_EQ(openName(), "");
+  EXPECT_EQ(root->mode(), RootMode::edit);
+}
+
+TEST_F(RootView, anotherStartShowsThePageThatItAsksFor) {
+  putMarkedTake(newer);
+  make().startedAgain({.mode = RootMode::library});
+  EXPECT_EQ(root->mode(), RootMode::library);
+  EXPECT_EQ(recordings->items().size(), 1U);
+  root->startedAgain({.mode = RootMode::edit});
+  EXPECT_EQ(root->mode(), RootMode::edit);
+  EXPECT_EQ(openName(), newer);
+  root->startedAgain({});
+  EXPECT_EQ(root->mode(), RootMode::edit);
+}
+
+TEST_F(RootView, anotherStartOpensThePanelThatItAsksFor) {
+  make({.openCategory = Category::pip}).startedAgain({});
+  EXPECT_EQ(ui.openCategory(), Category::pip);
+  root->startedAgain({.openCategory = Category::audio});
+  EXPECT_EQ(ui.openCategory(), Category::audio);
+}
+
+TEST_F(RootView, anotherStartsTimeTakesThePlaceOfTheFirstOnes) {
+  putMarkedTake(newer);
+  make({.mode = RootMode::edit, .seek = 3.5}).appear();
+  root->startedAgain({.seek = 5});
+  root->activate();
+  runEvents(800ms);
+  EXPECT_EQ(session->currentTime(), 5);
+  root->startedAgain({});
+  session->seek(0);
+  root->activate();
+  runEvents(800ms);
+  EXPECT_EQ(session->currentTime(), 5);
+}
+
+TEST_F(RootView, anotherStartsScriptedEditComesOnTheEditPage) {
+  const auto package = putMarkedTake(newer);
+  for (const RootMode before : {RootMode::edit, RootMode::record}) {
+    make({.mode = before, .package = package}).appear();
+    ui.setPip({});
+    root->startedAgain({.mode = RootMode::edit, .editPoke = true});
+    runEvents(app::RootView::pokeDelay + 300ms);
+    EXPECT_EQ(session->look().pip.size, 0.37);
+  }
 }
 
 TEST_F(RootView, eachActivationSeeksALittleLater) {

@@ -1,6 +1,8 @@
 #include <gtest/gtest.h>
 
 #include <filesystem>
+#include <optional>
+#include <string>
 #include <vector>
 
 #include "app/window/WindowFlags.h"
@@ -15,9 +17,9 @@ WindowFlags parse(std::vector<const char*> arguments) {
   return windowFlags(CommandLine(arguments));
 }
 
-TEST(WindowFlags, withoutAnyTheRecordPageComesFirst) {
+TEST(WindowFlags, withoutAnyNothingIsAskedFor) {
   EXPECT_EQ(parse({}), WindowFlags{});
-  EXPECT_EQ(parse({}).mode, RootMode::record);
+  EXPECT_EQ(parse({}).mode, std::nullopt);
 }
 
 TEST(WindowFlags, aPageCanBeAskedForAndEditWins) {
@@ -47,6 +49,26 @@ TEST(WindowFlags, aPackageIsNamedFromTheRoot) {
             std::filesystem::current_path() / "b.recording");
   EXPECT_EQ(parse({"--package", ""}).package, std::nullopt);
   EXPECT_EQ(parse({"--package"}).package, std::nullopt);
+}
+
+TEST(WindowFlags, theirArgumentsAskForTheSame) {
+  EXPECT_EQ(arguments({}), std::vector<std::string>());
+  const WindowFlags all{.mode = RootMode::edit,
+                        .openCategory = Category::pip,
+                        .seek = -0.1,
+                        .editPoke = true,
+                        .package = "/录制/录制 1.recording"};
+  EXPECT_EQ(arguments(all),
+            (std::vector<std::string>{"--edit", "--open", "画中画", "--seek", "-0.1", "--edit-poke",
+                                      "--package", "/录制/录制 1.recording"}));
+  for (const WindowFlags& flags :
+       {all, WindowFlags{}, WindowFlags{.mode = RootMode::library, .seek = 1.0 / 3},
+        WindowFlags{.package = "/a/--edit"}}) {
+    const std::vector<std::string> texts = arguments(flags);
+    std::vector<const char*> pointers;
+    for (const std::string& text : texts) pointers.push_back(text.c_str());
+    EXPECT_EQ(parse(pointers), flags);
+  }
 }
 
 TEST(WindowFlags, theScriptedEditIsOffUnlessAskedFor) {

@@ -26,6 +26,10 @@ TestSoundServer::TestSoundServer() {
   if (!eventually([&] { return std::filesystem::exists(directory_ / "bus"); })) {
     throw std::runtime_error("dbus-daemon did not start");
   }
+  startServer();
+}
+
+void TestSoundServer::startServer() {
   server_ = start({"pipewire"});
   if (!eventually([&] { return std::filesystem::exists(remote()); })) {
     throw std::runtime_error("pipewire did not start");
@@ -73,6 +77,12 @@ void TestSoundServer::setDefault(const std::string& key, const std::string& node
 void TestSoundServer::kill() {
   server_->send(SIGKILL);
   server_->finish();
+}
+
+void TestSoundServer::restart() {
+  sessionManager_.reset();
+  std::filesystem::remove(remote());
+  startServer();
 }
 
 void TestSoundServer::freeze() const {

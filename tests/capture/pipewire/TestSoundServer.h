@@ -29,11 +29,15 @@ class TestSoundServer {
   void setDefaultSource(const std::string& nodeName) const;
   /// Ends the server as a crash would.
   void kill();
+  /// Starts another server in the place of one that was killed, where clients find it as before;
+  /// returns when it answers.
+  void restart();
   /// Makes the server stand still, and go on.
   void freeze() const;
   void thaw() const;
 
  private:
+  void startServer();
   void setDefault(const std::string& key, const std::string& nodeName) const;
   std::unique_ptr<x11::test::ChildProgram> start(std::vector<std::string> command) const;
 

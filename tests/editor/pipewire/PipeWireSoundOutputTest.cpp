@@ -213,6 +213,23 @@ TEST_F(PipeWireSoundOutputTest, timeGoesOnWhenTheServerDies) {
   EXPECT_TRUE(hears(0.1)) << "by the host's clock";
 }
 
+TEST_F(PipeWireSoundOutputTest, aServerThatWasStartedAnewIsFoundAtTheNextRun) {
+  addSink();
+  start();
+  ASSERT_TRUE(hears(0.2));
+  server_.kill();
+  ASSERT_TRUE(comesTrue([&] { return !output_->isAudible(); }));
+  output_->stop();
+  sink_.reset();
+  server_.restart();
+  sink_.emplace(server_.remote(), "sink", "音箱");
+  const Monitor monitor{server_.remote()};
+  start();
+  EXPECT_TRUE(comesTrue([&] { return output_->isAudible(); }));
+  EXPECT_TRUE(comesTrue([&] { return monitor.audible().size() > media::soundRate / 2; }));
+  EXPECT_GT(next_, 0);
+}
+
 TEST_F(PipeWireSoundOutputTest, timeGoesOnWhileTheServerStandsStill) {
   addSink();
   start();
