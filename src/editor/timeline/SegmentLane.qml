@@ -22,8 +22,11 @@ Item {
     Keys.onEnterPressed: menuKeyPressed()
     Keys.onMenuPressed: menuKeyPressed()
 
-    TapHandler {
-        onTapped: (point) => lane.view.addSegmentAt(point.position.x)
+    MouseArea {
+        anchors.fill: parent
+        // With something to drag, if only in name, a drag is no click.
+        drag.target: Item {}
+        onClicked: (mouse) => lane.view.addSegmentAt(mouse.x)
     }
     Repeater {
         model: lane.view.segments
