@@ -1,7 +1,5 @@
 #include "app/EndingSignals.h"
 
-#include <initializer_list>
-
 namespace vesk::app {
 namespace {
 
@@ -16,9 +14,9 @@ bool isIgnored(int signal) {
 sigset_t endingSignals() {
   sigset_t set{};
   sigemptyset(&set);
-  for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
-    if (!isIgnored(signal)) sigaddset(&set, signal);
-  }
+  sigaddset(&set, SIGINT);
+  sigaddset(&set, SIGTERM);
+  if (!isIgnored(SIGHUP)) sigaddset(&set, SIGHUP);
   return set;
 }
 
