@@ -2,12 +2,16 @@
 
 #include <fcntl.h>
 #include <fmt/format.h>
+#include <sys/socket.h>
+#include <sys/un.h>
 #include <unistd.h>
 #include <xcb/xcb.h>
 
+#include <algorithm>
 #include <array>
 #include <chrono>
 #include <csignal>
+#include <cstddef>
 #include <stdexcept>
 #include <thread>
 #include <utility>
@@ -73,6 +77,7 @@ TestDisplay::~TestDisplay() {
   thaw();
   programs_.clear();
   connection_.reset();
+  if (nameSocket_ >= 0) ::close(nameSocket_);
 }
 
 ChildProgram& TestDisplay::start(std::vector<std::string> command) {
@@ -96,6 +101,22 @@ void TestDisplay::sync() const {
 void TestDisplay::kill() {
   server_->send(SIGKILL);
   server_->finish();
+  keepName();
+}
+
+// Tests run beside each other, and a server takes the first name whose socket is free. This one
+// hears nobody, so that whoever connects is refused.
+void TestDisplay::keepName() {
+  sockaddr_un address{};
+  address.sun_family = AF_UNIX;
+  // The leading zero makes it a name of the kernel's and not a file.
+  const std::string path = fmt::format("{}/tmp/.X11-unix/X{}", '\0', name_.substr(1));
+  std::ranges::copy(path, address.sun_path);
+  nameSocket_ = ::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
+  const auto length = static_cast<socklen_t>(offsetof(sockaddr_un, sun_path) + path.size());
+  if (::bind(nameSocket_, reinterpret_cast<const sockaddr*>(&address), length) != 0) {
+    throw std::runtime_error("another server took the name " + name_);
+  }
 }
 
 void TestDisplay::freeze() const {

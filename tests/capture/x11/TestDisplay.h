@@ -39,7 +39,7 @@ class TestDisplay {
 
   /// Waits until the server has done everything that the fixture's connection asked for.
   void sync() const;
-  /// Ends the server as a crash would.
+  /// Ends the server as a crash would. Its name goes to no other one before this object is gone.
   void kill();
   /// Makes the server stand still, and go on.
   void freeze() const;
@@ -47,7 +47,9 @@ class TestDisplay {
 
  private:
   std::vector<std::string> environment() const;
+  void keepName();
 
+  int nameSocket_ = -1;  ///< see keepName
   std::unique_ptr<ChildProgram> server_;
   std::string name_;
   std::unique_ptr<Connection> connection_;

@@ -34,6 +34,12 @@ TEST(TestDisplay, aKilledServerMakesRequestsFailAndNothingMore) {
   EXPECT_EQ(display.connection().atom("ANY"), 0U);
 }
 
+TEST(TestDisplay, noOtherTakesTheNameOfAKilledOne) {
+  TestDisplay display;
+  display.kill();
+  EXPECT_NE(TestDisplay().name(), display.name());
+}
+
 TEST(TestDisplay, aWindowManagerRunsWhereOneIsWanted) {
   const TestDisplay display{{.hasWindowManager = true}};
   const Connection& connection = display.connection();
