@@ -11,8 +11,8 @@
 
 namespace vesk::capture::contract {
 
-/// How long a real server may take until a test gives up.
-inline constexpr std::chrono::seconds patience{5};
+/// How long a real server, or a program that has just been started, may take until a test gives up.
+inline constexpr std::chrono::seconds patience{20};
 
 /// Whether a condition came true in time.
 [[nodiscard]] inline bool comesTrue(const std::function<bool()>& condition) {
